@@ -1,0 +1,44 @@
+# The public library: the objects of every layer plus the log writer.
+get_property(akvo_layers GLOBAL PROPERTY AKVO_LAYERS)
+set(akvo_objects $<TARGET_OBJECTS:akvo_log_objects>)
+foreach(layer ${akvo_layers})
+  list(APPEND akvo_objects $<TARGET_OBJECTS:akvo_${layer}_objects>)
+endforeach()
+
+add_library(akvolipsyncapi ${akvo_objects})
+add_library(akvolipsyncapi::akvolipsyncapi ALIAS akvolipsyncapi)
+set_target_properties(akvolipsyncapi PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR})
+target_link_libraries(akvolipsyncapi PRIVATE PkgConfig::TINYXML)
+target_include_directories(akvolipsyncapi INTERFACE
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+foreach(layer ${akvo_layers})
+  target_include_directories(akvolipsyncapi INTERFACE
+    $<BUILD_INTERFACE:$<TARGET_PROPERTY:akvo_${layer}_objects,INTERFACE_INCLUDE_DIRECTORIES>>)
+endforeach()
+
+include(CMakePackageConfigHelpers)
+set(akvo_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/akvolipsyncapi)
+
+install(TARGETS akvolipsyncapi EXPORT akvolipsyncapiTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(EXPORT akvolipsyncapiTargets
+  NAMESPACE akvolipsyncapi::
+  DESTINATION ${akvo_cmake_dir})
+configure_package_config_file(cmake/akvolipsyncapiConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfig.cmake
+  INSTALL_DESTINATION ${akvo_cmake_dir})
+write_basic_package_version_file(
+  ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfigVersion.cmake
+  DESTINATION ${akvo_cmake_dir})
+
+configure_file(cmake/akvolipsyncapi.pc.in ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,38 @@
+# Each layer is an object library (compiled once, position independent) and
+# a static library over the same objects. The public library is made of the
+# objects of every layer; tests and tools link the static layers directly.
+set_property(GLOBAL PROPERTY AKVO_LAYERS "")
+
+function(akvo_layer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(akvo_${name}_objects OBJECT ${ARG_SOURCES})
+  set_target_properties(akvo_${name}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  target_include_directories(akvo_${name}_objects PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
+  target_link_libraries(akvo_${name}_objects PUBLIC ${ARG_DEPENDS})
+  add_library(akvo_${name} STATIC $<TARGET_OBJECTS:akvo_${name}_objects>)
+  target_link_libraries(akvo_${name} PUBLIC akvo_${name}_objects)
+  set_property(GLOBAL APPEND PROPERTY AKVO_LAYERS ${name})
+endfunction()
+
+# The log writer is built once for the library with the configured socket
+# path, and once per test binary with a private path, so that tests can bind
+# their own receiver without touching the system's log daemon.
+function(akvo_log_writer target path)
+  add_library(${target}_objects OBJECT ${AKVO_LOG_WRITER_SOURCES})
+  set_target_properties(${target}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  target_link_libraries(${target}_objects PUBLIC akvo_log_headers)
+  target_compile_definitions(${target}_objects PRIVATE AKVO_LOGDW_PATH="${path}")
+  add_library(${target} STATIC $<TARGET_OBJECTS:${target}_objects>)
+  target_link_libraries(${target} PUBLIC ${target}_objects)
+endfunction()
+
+# Headers that applications may include; installed under include/ with their
+# namespace-shaped paths.
+function(akvo_public_headers)
+  foreach(header ${ARGN})
+    get_filename_component(dir ${header} DIRECTORY)
+    string(REGEX REPLACE "^include/?" "" dir "${dir}")
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${dir})
+  endforeach()
+endfunction()

@@ -1,0 +1,139 @@
+#ifndef VELMO_UTILITIES_LOG_GENERICLOG_H
+#define VELMO_UTILITIES_LOG_GENERICLOG_H
+
+#include "velmo/kvo/log/AndroidLog.h"
+#include "velmo/utilities/TypeList.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <sstream>
+#include <string>
+
+namespace velmo {
+namespace utilities {
+
+namespace details {
+struct Level
+{
+    enum Enum
+    {
+        Fatal = 33,
+        Info = 36
+    };
+};
+
+template <Level::Enum L>
+struct LevelInfo;
+
+template <>
+struct LevelInfo<Level::Fatal>
+{
+    static constexpr int androidPriority = AKVO_LOG_FATAL;
+    static constexpr const char* letter = "F";
+};
+
+template <>
+struct LevelInfo<Level::Info>
+{
+    static constexpr int androidPriority = AKVO_LOG_INFO;
+    static constexpr const char* letter = "I";
+};
+} // namespace details
+
+struct StdIoLogTrait
+{
+    template <details::Level::Enum L>
+    static void valog(const char* tag, const char* format, va_list args)
+    {
+        std::fprintf(stderr, "%s/%s ", details::LevelInfo<L>::letter, tag);
+        std::vfprintf(stderr, format, args);
+        std::fputc('\n', stderr);
+    }
+};
+
+template <bool>
+struct AndroidLogTrait;
+
+template <>
+struct AndroidLogTrait<false>
+{
+    template <details::Level::Enum L>
+    static void valog(const char* tag, const char* format, va_list args)
+    {
+        __android_log_vprint(details::LevelInfo<L>::androidPriority, tag, format, args);
+    }
+};
+
+// Delivers each message to every trait of the list, tail first, so that the
+// Android record precedes the standard-error line.
+template <class List>
+class GenericLog;
+
+template <>
+class GenericLog<detail::TypeNull>
+{
+public:
+    template <details::Level::Enum L>
+    static void valog(const char*, const char*, va_list)
+    {
+    }
+};
+
+template <class Head, class Tail>
+class GenericLog<TypeList<Head, Tail> >
+{
+public:
+    template <details::Level::Enum L>
+    static void valog(const char* tag, const char* format, va_list args)
+    {
+        va_list tailArgs;
+        va_copy(tailArgs, args);
+        GenericLog<Tail>::template valog<L>(tag, format, tailArgs);
+        va_end(tailArgs);
+        Head::template valog<L>(tag, format, args);
+    }
+
+    template <details::Level::Enum L>
+    class Stream
+    {
+    public:
+        explicit Stream(const char* tag) : _stream(std::ios_base::out), _tag(tag) {}
+
+        ~Stream()
+        {
+            const std::string text = _stream.str();
+            if (!text.empty()) {
+                log("%s", text.c_str());
+            }
+        }
+
+        __attribute__((format(printf, 2, 3))) void log(const char* format, ...)
+        {
+            va_list args;
+            va_start(args, format);
+            GenericLog::template valog<L>(_tag, format, args);
+            va_end(args);
+        }
+
+        template <class T>
+        Stream& operator<<(const T& value)
+        {
+            _stream << value;
+            return *this;
+        }
+
+        Stream(const Stream&) = delete;
+        Stream& operator=(const Stream&) = delete;
+
+    private:
+        std::ostringstream _stream;
+        const char* _tag;
+    };
+};
+
+typedef GenericLog<TypeList<StdIoLogTrait, TypeList<AndroidLogTrait<false>, detail::TypeNull> > > Log;
+
+} // namespace utilities
+} // namespace velmo
+
+#endif
