@@ -36,3 +36,16 @@ function(akvo_public_headers)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${dir})
   endforeach()
 endfunction()
+
+# Adds every direct subfolder that holds a CMakeLists.txt, so that a new tool
+# or test folder needs no edit of its parent.
+function(akvo_add_subdirectories parent)
+  cmake_parse_arguments(ARG "" "" "EXCLUDE" ${ARGN})
+  file(GLOB children RELATIVE ${parent} ${parent}/*)
+  list(SORT children)
+  foreach(child ${children})
+    if(EXISTS ${parent}/${child}/CMakeLists.txt AND NOT child IN_LIST ARG_EXCLUDE)
+      add_subdirectory(${child})
+    endif()
+  endforeach()
+endfunction()
