@@ -1,0 +1,73 @@
+#include "velmo/kvo/comms/TextProtocol.h"
+
+#include "velmo/utilities/log/Assertion.h"
+
+#include <cstring>
+
+namespace velmo {
+namespace kvo {
+namespace comms {
+
+namespace {
+
+// One chunk buffer for the whole process: receive() calls must never overlap.
+char receiveBuffer[512];
+
+typedef Protocol<std::string> StringProtocol;
+
+StringProtocol::ProtocolResult toProtocolResult(const Link::LinkResult& linkResult)
+{
+    typedef StringProtocol::ProtocolResult ProtocolResult;
+    switch (linkResult.getErrorCode()) {
+    case Link::Success:
+        return ProtocolResult::success();
+    case Link::Closed:
+        return ProtocolResult(StringProtocol::ProtocolClosed) << linkResult;
+    case Link::ClosedByDistant:
+        return ProtocolResult(StringProtocol::ClosedByDistant) << linkResult;
+    default:
+        return ProtocolResult(StringProtocol::LinkError) << linkResult;
+    }
+}
+
+} // namespace
+
+const std::string TextProtocol::endMessageMarker("\n\n");
+
+TextProtocol::TextProtocol(Link* link) : Protocol<std::string>(link)
+{
+    velmo::utilities::assertThat(link != NULL,
+                                 "comms/src/TextProtocol:97: Assertion link != NULL failed: Null pointer");
+}
+
+TextProtocol::~TextProtocol() = default;
+
+TextProtocol::ProtocolResult TextProtocol::send(const std::string& message)
+{
+    const std::string frame = message + endMessageMarker;
+    return toProtocolResult(_link->write(frame.data(), static_cast<unsigned int>(frame.size())));
+}
+
+// Chunks are cut at their first zero byte: a message never carries one, and
+// whatever follows it in the same chunk is dropped.
+TextProtocol::ProtocolResult TextProtocol::receive(std::string*& message)
+{
+    message = nullptr;
+    std::string::size_type markerPosition;
+    while ((markerPosition = _receivedData.find(endMessageMarker)) == std::string::npos) {
+        unsigned int bytesRead = 0;
+        const Link::LinkResult linkResult = _link->read(receiveBuffer, sizeof(receiveBuffer) - 1, bytesRead);
+        if (linkResult.isFailure()) {
+            return toProtocolResult(linkResult);
+        }
+        receiveBuffer[bytesRead] = '\0';
+        _receivedData.append(receiveBuffer, strnlen(receiveBuffer, sizeof(receiveBuffer)));
+    }
+    message = new std::string(_receivedData, 0, markerPosition);
+    _receivedData.erase(0, markerPosition + endMessageMarker.size());
+    return ProtocolResult::success();
+}
+
+} // namespace comms
+} // namespace kvo
+} // namespace velmo

@@ -1,0 +1,21 @@
+#ifndef VELMO_KVO_LIPSYNCAPI_LOGGER_H
+#define VELMO_KVO_LIPSYNCAPI_LOGGER_H
+
+#include "velmo/utilities/log/GenericLog.h"
+
+namespace velmo {
+namespace kvo {
+namespace lipsyncapi {
+
+// Selects where the API call lines go and under which tag.
+struct Logger
+{
+    typedef velmo::utilities::Log Log;
+    static constexpr const char* tag = "AKVOLIPSYNCAPI";
+};
+
+} // namespace lipsyncapi
+} // namespace kvo
+} // namespace velmo
+
+#endif

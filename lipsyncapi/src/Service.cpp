@@ -1,0 +1,72 @@
+#include "velmo/kvo/lipsyncapi/Service.h"
+
+#include "velmo/kvo/cmdfrmwrk/Client.h"
+#include "velmo/kvo/comms/Client.h"
+#include "velmo/kvo/lipsyncapi/Logger.h"
+#include "velmo/kvo/log/ApiLog.h"
+
+namespace velmo {
+namespace kvo {
+namespace lipsyncapi {
+
+const std::string Service::defaultLipsyncSocketName("/dev/socket/akvo_lipsync");
+const uint32_t Service::capabilityMaxAudioDelayMargin;
+const uint32_t Service::capabilityGranularityMs;
+
+Service::Service() : _commandClient(NULL), _connected(0), _audioDelayMargin(0) {}
+
+Service::~Service()
+{
+    disconnect();
+}
+
+Service::ServiceResult Service::connect(const std::string& socketName)
+{
+    const ServiceResult result = connectInternal(socketName);
+    log::ApiLog<Logger> apiLog;
+    apiLog.addInputParam("lipsyncSocketName", socketName).setResult(result).event("Client is connecting");
+    return result;
+}
+
+Service::ServiceResult Service::disconnect()
+{
+    const ServiceResult result = disconnectInternal();
+    log::ApiLog<Logger> apiLog;
+    apiLog.setResult(result).event("Client is disconnected");
+    return result;
+}
+
+Service::ServiceResult Service::connectInternal(const std::string& socketName)
+{
+    // Any non-zero state counts as connected here, so a damaged flag never
+    // leads to a second connection being opened over the first.
+    if (_connected != 0) {
+        return ServiceResult(BadState) << "Already connected to the audio KVO";
+    }
+    comms::Link* link = NULL;
+    const comms::Client::ClientResult connection = comms::Client::connectUnixServer(socketName.c_str(), link);
+    if (connection.isFailure()) {
+        ServiceResult result(CannotConnect);
+        ServiceResult::Append<comms::Client::ClientResult>::run(result, connection);
+        delete link;
+        return result;
+    }
+    _commandClient = new cmdfrmwrk::Client(link);
+    _connected = 1;
+    return ServiceResult::success();
+}
+
+Service::ServiceResult Service::disconnectInternal()
+{
+    if (_connected != 1) {
+        return ServiceResult(BadState) << "Not connected to the audio KVO";
+    }
+    delete _commandClient;
+    _commandClient = NULL;
+    _connected = 0;
+    return ServiceResult::success();
+}
+
+} // namespace lipsyncapi
+} // namespace kvo
+} // namespace velmo

@@ -1,0 +1,121 @@
+#include "velmo/kvo/lipsyncapi/Service.h"
+
+#include "ExchangeResult.h"
+#include "velmo/kvo/cmdfrmwrk/Client.h"
+#include "velmo/kvo/lipsync/GetAudioTs.h"
+#include "velmo/kvo/lipsync/LipSyncSerializer.h"
+#include "velmo/kvo/lipsync/SetAudioDelay.h"
+#include "velmo/kvo/lipsyncapi/Logger.h"
+#include "velmo/kvo/log/ApiLog.h"
+#include "velmo/utilities/log/Assertion.h"
+
+namespace velmo {
+namespace kvo {
+namespace lipsyncapi {
+
+using velmo::utilities::assertThat;
+
+namespace {
+const char notConnected[] = "Not connected to the audio KVO";
+} // namespace
+
+Service::ServiceResult Service::getCapabilities(unsigned long long& granularityMs,
+                                                unsigned long long& maxAudioDelayMargin) const
+{
+    if (_connected != 1) {
+        return ServiceResult(BadState) << notConnected;
+    }
+    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: "
+                                       "Inconsistent state client is null");
+    granularityMs = capabilityGranularityMs;
+    maxAudioDelayMargin = capabilityMaxAudioDelayMargin;
+    return ServiceResult::success();
+}
+
+Service::ServiceResult Service::setAudioDelayMargin(unsigned long long delayMs)
+{
+    const ServiceResult result = setAudioDelayMarginInternal(delayMs);
+    log::ApiLog<Logger> apiLog;
+    apiLog.addInputParam("delayMs", delayMs).setResult(result).event("Client is setting the audio delay margin");
+    return result;
+}
+
+Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long delayMs)
+{
+    if (_connected != 1) {
+        ServiceResult result(BadState);
+        ServiceResult::Append<char[sizeof(notConnected)]>::run(result, notConnected);
+        return result;
+    }
+    if (delayMs > capabilityMaxAudioDelayMargin) {
+        return ServiceResult(InvalidParam) << " audio delay margin " << delayMs << " is not in range "
+                                           << "[0.." << capabilityMaxAudioDelayMargin << "]";
+    }
+    if (delayMs % capabilityGranularityMs != 0) {
+        return ServiceResult(InvalidParam) << " audio delay margin " << delayMs << " doesn't match "
+                                           << " granularity of " << capabilityGranularityMs << "ms.";
+    }
+    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:205: Assertion _commandClient != NULL failed: "
+                                       "Inconsistent state client is null");
+    lipsync::SetAudioDelay::Request request;
+    request.delayMs = delayMs;
+    lipsync::SetAudioDelay::Answer answer;
+    const ServiceResult result = toServiceResult(
+        _commandClient->executeCommand<lipsync::SetAudioDelay, lipsync::LipSyncXmlSerializer>(request, answer),
+        answer);
+    if (result.isSuccess()) {
+        _audioDelayMargin = delayMs;
+    }
+    return result;
+}
+
+Service::ServiceResult Service::getAudioDelayMargin(unsigned long long& delayMs) const
+{
+    if (_connected != 1) {
+        return ServiceResult(BadState) << notConnected;
+    }
+    delayMs = _audioDelayMargin;
+    return ServiceResult::success();
+}
+
+Service::ServiceResult Service::getAudioTimestamps(common::LipSyncNtpTimestamps& timestamps) const
+{
+    const ServiceResult result = getAudioTimestampsInternal(timestamps);
+    log::ApiLog<Logger> apiLog;
+    apiLog.addOutputParam("audioCaptureTimestamp", timestamps.tCap)
+        .addOutputParam("audioRenderingTimestamp", timestamps.tRdr)
+        .addOutputParam("audioReceivingTimestamp", timestamps.tRcv)
+        .addOutputParam("jbmCurrentDepth", timestamps.jbmDepth)
+        .setResult(result)
+        .event("Client is requesting the NTP timestamp");
+    return result;
+}
+
+Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTimestamps& timestamps) const
+{
+    if (_connected != 1) {
+        return ServiceResult(BadState) << notConnected;
+    }
+    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: "
+                                       "Inconsistent state client is null");
+    lipsync::GetAudioTs::Request request;
+    lipsync::GetAudioTs::Answer answer;
+    const ServiceResult result = toServiceResult(
+        _commandClient->executeCommand<lipsync::GetAudioTs, lipsync::LipSyncXmlSerializer>(request, answer), answer);
+    if (result.isSuccess()) {
+        timestamps = answer.timestamps;
+    }
+    return result;
+}
+
+Service::ServiceResult Service::setVideoTimestamps(const common::LipSyncNtpTimestamps&)
+{
+    if (_connected != 1) {
+        return ServiceResult(BadState) << notConnected;
+    }
+    return ServiceResult::success();
+}
+
+} // namespace lipsyncapi
+} // namespace kvo
+} // namespace velmo

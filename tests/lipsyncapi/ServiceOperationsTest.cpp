@@ -1,0 +1,186 @@
+#include "Simulator.h"
+#include "velmo/kvo/lipsyncapi/Service.h"
+
+#include <gtest/gtest.h>
+
+using velmo::kvo::common::LipSyncNtpTimestamps;
+using velmo::kvo::lipsyncapi::Service;
+
+namespace {
+
+const char closedByDistant[] =
+    "An error has occured in the transport layer (Code 1005): {Connection closed by distant (Code 5905): "
+    "{Protocol has been closed by distant (Code 40005): {Closed by distant (Code 10003)}}}";
+
+struct MarginCase
+{
+    unsigned long long delayMs;
+    const char* expected;
+};
+
+class MarginValidation : public ::testing::TestWithParam<MarginCase>
+{
+};
+
+// The simulator refuses anything but 0..100 in steps of 20 with its own code,
+// so a local refusal is told apart by the exact message and by the margin
+// staying as it was.
+TEST_P(MarginValidation, IsDecidedLocallyOrSent)
+{
+    akvo::test::SimulatorProcess simulator;
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    ASSERT_TRUE(service.setAudioDelayMargin(80).isSuccess());
+    const Service::ServiceResult result = service.setAudioDelayMargin(GetParam().delayMs);
+    EXPECT_EQ(GetParam().expected, result.format());
+    unsigned long long margin = 0;
+    ASSERT_TRUE(service.getAudioDelayMargin(margin).isSuccess());
+    EXPECT_EQ(result.isSuccess() ? GetParam().delayMs : 80u, margin);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Service, MarginValidation,
+    ::testing::Values(
+        MarginCase{0, "Success"}, MarginCase{100, "Success"}, MarginCase{60, "Success"},
+        MarginCase{101, "Invalid Param (Code 1002):  audio delay margin 101 is not in range [0..100]"},
+        MarginCase{150, "Invalid Param (Code 1002):  audio delay margin 150 is not in range [0..100]"},
+        MarginCase{4294967296ull, "Invalid Param (Code 1002):  audio delay margin 4294967296 is not in range [0..100]"},
+        MarginCase{4294967316ull, "Invalid Param (Code 1002):  audio delay margin 4294967316 is not in range [0..100]"},
+        MarginCase{10, "Invalid Param (Code 1002):  audio delay margin 10 doesn't match  granularity of 20ms."},
+        MarginCase{30, "Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms."},
+        MarginCase{99, "Invalid Param (Code 1002):  audio delay margin 99 doesn't match  granularity of 20ms."}));
+
+TEST(ServiceOperations, CapabilitiesAreGranularityThenMaximum)
+{
+    akvo::test::SimulatorProcess simulator;
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    unsigned long long granularity = 0;
+    unsigned long long maximum = 0;
+    EXPECT_EQ("Success", service.getCapabilities(granularity, maximum).format());
+    EXPECT_EQ(20u, granularity);
+    EXPECT_EQ(100u, maximum);
+}
+
+TEST(ServiceOperations, MarginIsRememberedAcrossRefusalsAndReconnection)
+{
+    // Request 2 is the 60 ms margin, which the engine refuses.
+    akvo::test::SimulatorProcess simulator({"--fault", "2:error:1002:margin refused"});
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    unsigned long long margin = 99;
+    ASSERT_TRUE(service.getAudioDelayMargin(margin).isSuccess());
+    EXPECT_EQ(0u, margin);
+
+    ASSERT_TRUE(service.setAudioDelayMargin(40).isSuccess());
+    EXPECT_EQ("The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): margin refused}",
+              service.setAudioDelayMargin(60).format());
+    ASSERT_TRUE(service.getAudioDelayMargin(margin).isSuccess());
+    EXPECT_EQ(40u, margin);
+
+    ASSERT_TRUE(service.disconnect().isSuccess());
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    ASSERT_TRUE(service.getAudioDelayMargin(margin).isSuccess());
+    EXPECT_EQ(40u, margin);
+}
+
+TEST(ServiceOperations, TimestampsAreCopiedOnlyOnSuccess)
+{
+    akvo::test::SimulatorProcess simulator({"--fixed", "--fault", "2:error:1001:engine failure"});
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+    ASSERT_EQ("Success", service.getAudioTimestamps(timestamps).format());
+    EXPECT_EQ(16045690984833536u, timestamps.tCap);
+    EXPECT_EQ(16045690985263104u, timestamps.tRdr);
+    EXPECT_EQ(16045690984404992u, timestamps.tRcv);
+    EXPECT_EQ(40u, timestamps.jbmDepth);
+
+    LipSyncNtpTimestamps kept = {5, 6, 7, 8};
+    EXPECT_EQ("The lipsync server returned an error (Code 1006): {Unknown error (Code 1001): engine failure}",
+              service.getAudioTimestamps(kept).format());
+    EXPECT_EQ(5u, kept.tCap);
+    EXPECT_EQ(6u, kept.tRdr);
+    EXPECT_EQ(7u, kept.tRcv);
+    EXPECT_EQ(8u, kept.jbmDepth);
+}
+
+struct ServerAnswerCase
+{
+    const char* name;
+    std::vector<std::string> simulatorArgs;
+    const char* expected;
+};
+
+class ServerAnswers : public ::testing::TestWithParam<ServerAnswerCase>
+{
+};
+
+// Both exchanging operations map the engine's answers the same way.
+TEST_P(ServerAnswers, MapToTheServiceCodes)
+{
+    akvo::test::SimulatorProcess simulator(GetParam().simulatorArgs);
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    EXPECT_EQ(GetParam().expected, service.setAudioDelayMargin(20).format());
+    ASSERT_TRUE(service.disconnect().isSuccess());
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+    EXPECT_EQ(GetParam().expected, service.getAudioTimestamps(timestamps).format());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Service, ServerAnswers,
+    ::testing::Values(
+        ServerAnswerCase{"Idle",
+                         {"--idle"},
+                         "The AKVO is not performing a call (Code 1007): {Bad state (Code 1003): The engine is not "
+                         "in a call}"},
+        ServerAnswerCase{"InvalidParameter",
+                         {"--fault", "*:error:1002:no"},
+                         "The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): no}"},
+        ServerAnswerCase{"UnknownCode",
+                         {"--fault", "*:error:-5:odd"},
+                         "The lipsync server returned an error (Code 1006): {Invalid error (Unreachable) (Code -5): "
+                         "odd}"},
+        ServerAnswerCase{"Closed", {"--fault", "*:close"}, closedByDistant},
+        ServerAnswerCase{"ClosedMidAnswer", {"--fault", "*:close-after:60"}, closedByDistant},
+        ServerAnswerCase{"WrongVersion",
+                         {"--fault", "*:version:0.2.0"},
+                         "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
+                         "{Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.2.0'.}}"},
+        ServerAnswerCase{"Garbage",
+                         {"--fault", "*:garbage"},
+                         "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
+                         "{Conversion failed (Code 71): No 'AKVO' root element found in xml data.}}"}),
+    [](const ::testing::TestParamInfo<ServerAnswerCase>& info) { return std::string(info.param.name); });
+
+TEST(ServiceOperations, TransportFailureKeepsTheServiceConnectedUntilReconnection)
+{
+    akvo::test::SimulatorProcess simulator({"--fixed", "--fault", "1:close"});
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+    EXPECT_EQ(closedByDistant, service.getAudioTimestamps(timestamps).format());
+    EXPECT_EQ("Bad state (Code 1003): Already connected to the audio KVO",
+              service.connect(simulator.socketPath()).format());
+    ASSERT_TRUE(service.disconnect().isSuccess());
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    EXPECT_EQ("Success", service.getAudioTimestamps(timestamps).format());
+}
+
+TEST(ServiceOperations, VideoTimestampsAreCheckedButNotSent)
+{
+    // If the video timestamps were sent, they would take request 1 and the
+    // timestamp request would not meet the fault.
+    akvo::test::SimulatorProcess simulator({"--fault", "1:error:1001:first request"});
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    const LipSyncNtpTimestamps video = {1, 2, 3, 4};
+    EXPECT_EQ("Success", service.setVideoTimestamps(video).format());
+    LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+    EXPECT_EQ("The lipsync server returned an error (Code 1006): {Unknown error (Code 1001): first request}",
+              service.getAudioTimestamps(timestamps).format());
+}
+
+} // namespace

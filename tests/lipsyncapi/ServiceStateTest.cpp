@@ -1,0 +1,126 @@
+#include "FdCount.h"
+#include "Simulator.h"
+#include "StderrCapture.h"
+#include "velmo/kvo/lipsyncapi/Service.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+
+using velmo::kvo::common::LipSyncNtpTimestamps;
+using velmo::kvo::lipsyncapi::Service;
+
+namespace {
+
+const char notConnected[] = "Bad state (Code 1003): Not connected to the audio KVO";
+
+std::string errnoText(int code)
+{
+    return std::string(std::strerror(code)) + " (Code " + std::to_string(code) + ")";
+}
+
+TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
+{
+    const int descriptors = akvo::test::openDescriptorCount();
+    Service service;
+    const std::string path = "/tmp/akvo-nobody-listens-here";
+    const Service::ServiceResult result = service.connect(path);
+    EXPECT_EQ(Service::CannotConnect, result.getErrorCode());
+    EXPECT_EQ("Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to connect to " +
+                  path + " {" + errnoText(ENOENT) + "}}",
+              result.format());
+    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
+
+    unsigned long long margin = 7;
+    EXPECT_EQ(notConnected, service.getAudioDelayMargin(margin).format());
+    EXPECT_EQ(7u, margin);
+
+    akvo::test::SimulatorProcess simulator;
+    EXPECT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+}
+
+TEST(ServiceState, ConnectTwiceKeepsTheFirstConnection)
+{
+    akvo::test::SimulatorProcess simulator({"--fixed"});
+    Service service;
+    ASSERT_EQ("Success", service.connect(simulator.socketPath()).format());
+    EXPECT_EQ("Bad state (Code 1003): Already connected to the audio KVO",
+              service.connect(simulator.socketPath()).format());
+    LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+    EXPECT_EQ("Success", service.getAudioTimestamps(timestamps).format());
+    EXPECT_EQ(40u, timestamps.jbmDepth);
+}
+
+TEST(ServiceState, DisconnectTwiceReportsTheSecond)
+{
+    akvo::test::SimulatorProcess simulator;
+    Service service;
+    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+    EXPECT_EQ("Success", service.disconnect().format());
+    EXPECT_EQ(notConnected, service.disconnect().format());
+}
+
+TEST(ServiceState, ReconnectsAfterDisconnectWithoutLeakingDescriptors)
+{
+    akvo::test::SimulatorProcess simulator;
+    const int descriptors = akvo::test::openDescriptorCount();
+    {
+        Service service;
+        for (int round = 0; round < 50; ++round) {
+            ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
+            ASSERT_TRUE(service.disconnect().isSuccess());
+        }
+    }
+    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
+}
+
+struct DisconnectedCall
+{
+    const char* name;
+    std::function<Service::ServiceResult(Service&)> call;
+};
+
+class EveryOperationWhileDisconnected : public ::testing::TestWithParam<DisconnectedCall>
+{
+};
+
+unsigned long long untouchedA = 11;
+unsigned long long untouchedB = 12;
+LipSyncNtpTimestamps untouchedTimestamps = {1, 2, 3, 4};
+
+TEST_P(EveryOperationWhileDisconnected, ReturnsBadStateAndTouchesNothing)
+{
+    Service service;
+    EXPECT_EQ(notConnected, GetParam().call(service).format());
+    EXPECT_EQ(11u, untouchedA);
+    EXPECT_EQ(12u, untouchedB);
+    EXPECT_EQ(1u, untouchedTimestamps.tCap);
+    EXPECT_EQ(2u, untouchedTimestamps.tRdr);
+    EXPECT_EQ(3u, untouchedTimestamps.tRcv);
+    EXPECT_EQ(4u, untouchedTimestamps.jbmDepth);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Service, EveryOperationWhileDisconnected,
+    ::testing::Values(
+        DisconnectedCall{"disconnect", [](Service& s) { return s.disconnect(); }},
+        DisconnectedCall{"getCapabilities", [](Service& s) { return s.getCapabilities(untouchedA, untouchedB); }},
+        DisconnectedCall{"setAudioDelayMargin", [](Service& s) { return s.setAudioDelayMargin(40); }},
+        DisconnectedCall{"setAudioDelayMarginInvalid", [](Service& s) { return s.setAudioDelayMargin(33); }},
+        DisconnectedCall{"getAudioDelayMargin", [](Service& s) { return s.getAudioDelayMargin(untouchedA); }},
+        DisconnectedCall{"getAudioTimestamps",
+                         [](Service& s) { return s.getAudioTimestamps(untouchedTimestamps); }},
+        DisconnectedCall{"setVideoTimestamps",
+                         [](Service& s) { return s.setVideoTimestamps(untouchedTimestamps); }}),
+    [](const ::testing::TestParamInfo<DisconnectedCall>& info) { return std::string(info.param.name); });
+
+TEST(ServiceState, DefaultSocketNameAndCapabilityConstants)
+{
+    EXPECT_EQ("/dev/socket/akvo_lipsync", Service::defaultLipsyncSocketName);
+    EXPECT_EQ(100u, Service::capabilityMaxAudioDelayMargin);
+    EXPECT_EQ(20u, Service::capabilityGranularityMs);
+}
+
+} // namespace

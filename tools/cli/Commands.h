@@ -1,0 +1,40 @@
+#ifndef AKVO_TOOLS_CLI_COMMANDS_H
+#define AKVO_TOOLS_CLI_COMMANDS_H
+
+#include "Session.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace akvo {
+namespace cli {
+
+// The values of the command that was parsed last; the same definitions serve
+// the command line and the lines of the shell.
+struct CommandArgs
+{
+    unsigned long long delayMs = 0;
+    unsigned int count = 1;
+    unsigned int intervalMs = 1000;
+    bool watch = false;
+    unsigned long long capture = 0;
+    unsigned long long rendering = 0;
+    unsigned long long receiving = 0;
+    unsigned long long depth = 0;
+};
+
+// Adds caps, set-margin, get-margin, timestamps and video-ts to `app`.
+void addServiceCommands(CLI::App& app, CommandArgs& args);
+
+// Runs the service command that `app` parsed; returns -1 if none was given.
+int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& session);
+
+// Reads commands from `in` line by line until its end or "quit"; returns the
+// exit status of the last command run.
+int runShell(std::istream& in, const std::string& socketName, const Output& output);
+
+} // namespace cli
+} // namespace akvo
+
+#endif

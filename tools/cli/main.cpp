@@ -1,0 +1,47 @@
+// akvo-lipsync: talks to the audio engine's lip-sync service through the
+// library, for people and scripts working without the media application.
+
+#include "Commands.h"
+
+#include <iostream>
+
+int main(int argc, char** argv)
+{
+    using namespace akvo::cli;
+
+    std::string socketName = velmo::kvo::lipsyncapi::Service::defaultLipsyncSocketName;
+    bool json = false;
+    CommandArgs args;
+
+    CLI::App app("Client of the audio engine's lip-sync service.\n"
+                 "Exit status: 0 success, 1 other failure, 2 usage, 3 cannot connect, 4 invalid parameter,\n"
+                 "5 bad state, 6 transport error, 7 server error, 8 engine not in a call.",
+                 "akvo-lipsync");
+    app.add_option("--socket", socketName, "Path of the engine's lip-sync socket")->capture_default_str();
+    app.add_flag("--json", json, "Print one JSON object per line");
+    app.require_subcommand(1);
+    addServiceCommands(app, args);
+    app.add_subcommand("shell", "Read commands from standard input, one per line, over one connection "
+                                "(the commands above plus connect [PATH], disconnect and quit)");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        return app.exit(success);
+    } catch (const CLI::ParseError& error) {
+        app.exit(error);
+        return ExitUsage;
+    }
+
+    const Output output(json);
+    if (app.got_subcommand("shell")) {
+        return runShell(std::cin, socketName, output);
+    }
+    Session session(output);
+    const int connected = session.connect(socketName, true);
+    if (connected != ExitSuccess) {
+        return connected;
+    }
+    const int status = runServiceCommand(app, args, session);
+    session.disconnect(true);
+    return status;
+}

@@ -1,0 +1,20 @@
+#ifndef VELMO_UTILITIES_SERIALIZER_TEXTTRAIT_H
+#define VELMO_UTILITIES_SERIALIZER_TEXTTRAIT_H
+
+namespace velmo {
+namespace utilities {
+namespace serializer {
+
+// A value held as the text content of a node.
+template <class T, class Conv>
+struct TextTrait
+{
+    typedef T ValueType;
+    typedef Conv Convertor;
+};
+
+} // namespace serializer
+} // namespace utilities
+} // namespace velmo
+
+#endif
