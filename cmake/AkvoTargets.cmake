@@ -12,6 +12,13 @@ function(akvo_layer name)
   target_link_libraries(akvo_${name}_objects PUBLIC ${ARG_DEPENDS})
   add_library(akvo_${name} STATIC $<TARGET_OBJECTS:akvo_${name}_objects>)
   target_link_libraries(akvo_${name} PUBLIC akvo_${name}_objects)
+  # Objects do not travel through object libraries, so the static layer links
+  # the static layers below it.
+  foreach(dep ${ARG_DEPENDS})
+    if(dep MATCHES "^akvo_(.+)_objects$")
+      target_link_libraries(akvo_${name} PUBLIC akvo_${CMAKE_MATCH_1})
+    endif()
+  endforeach()
   set_property(GLOBAL APPEND PROPERTY AKVO_LAYERS ${name})
 endfunction()
 

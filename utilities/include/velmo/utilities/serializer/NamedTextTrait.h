@@ -11,8 +11,6 @@ template <class T, const char* tagVariable, bool allowMissingText, class Conv>
 struct NamedTextTrait
 {
     typedef T ValueType;
-    typedef Conv Convertor;
-    static constexpr bool allowsMissingText = allowMissingText;
     static constexpr const char* tag = tagVariable;
 };
 

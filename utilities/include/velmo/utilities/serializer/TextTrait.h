@@ -9,8 +9,6 @@ namespace serializer {
 template <class T, class Conv>
 struct TextTrait
 {
-    typedef T ValueType;
-    typedef Conv Convertor;
 };
 
 } // namespace serializer

@@ -1,0 +1,63 @@
+#ifndef VELMO_KVO_LIPSYNC_LIPSYNCNTPTIMESTAMPSTRAIT_H
+#define VELMO_KVO_LIPSYNC_LIPSYNCNTPTIMESTAMPSTRAIT_H
+
+#include "velmo/kvo/common/LipSyncNtpTimestamps.h"
+#include "velmo/utilities/TypeList.h"
+#include "velmo/utilities/serializer/Child.h"
+#include "velmo/utilities/serializer/Convertor.h"
+#include "velmo/utilities/serializer/NamedTextTrait.h"
+
+namespace velmo {
+namespace kvo {
+namespace lipsync {
+
+// The timestamps element: four required numbers, read in field order.
+struct LipSyncNtpTimestampsTrait
+{
+    typedef common::LipSyncNtpTimestamps Record;
+
+    static constexpr const char* tag = "LipSyncNtpTimestamps";
+
+    struct Tags
+    {
+        static constexpr char tCap[] = "capture_timestamp";
+        static constexpr char tRdr[] = "rendering_timestamp";
+        static constexpr char tRcv[] = "receiving_timestamp";
+        static constexpr char jbmDepth[] = "jitter_buffer_depth";
+    };
+
+    static unsigned long long getTCap(const Record& record) { return record.tCap; }
+    static void setTCap(Record& record, const unsigned long long& value) { record.tCap = value; }
+    static unsigned long long getTRdr(const Record& record) { return record.tRdr; }
+    static void setTRdr(Record& record, const unsigned long long& value) { record.tRdr = value; }
+    static unsigned long long getTRcv(const Record& record) { return record.tRcv; }
+    static void setTRcv(Record& record, const unsigned long long& value) { record.tRcv = value; }
+    static unsigned long long getJbmDepth(const Record& record) { return record.jbmDepth; }
+    static void setJbmDepth(Record& record, const unsigned long long& value) { record.jbmDepth = value; }
+
+    typedef unsigned long long (*Getter)(const Record&);
+    typedef void (*Setter)(Record&, const unsigned long long&);
+
+    template <const char* tagVariable, Getter getter, Setter setter>
+    using Member =
+        velmo::utilities::serializer::Child<velmo::utilities::serializer::NamedTextTrait<
+                                                unsigned long long, tagVariable, false,
+                                                velmo::utilities::serializer::Convertor<unsigned long long>>,
+                                            Getter, getter, Setter, setter>;
+
+    typedef velmo::utilities::TypeList<
+        Member<Tags::tCap, &getTCap, &setTCap>,
+        velmo::utilities::TypeList<
+            Member<Tags::tRdr, &getTRdr, &setTRdr>,
+            velmo::utilities::TypeList<
+                Member<Tags::tRcv, &getTRcv, &setTRcv>,
+                velmo::utilities::TypeList<Member<Tags::jbmDepth, &getJbmDepth, &setJbmDepth>,
+                                           velmo::utilities::detail::TypeNull>>>>
+        Children;
+};
+
+} // namespace lipsync
+} // namespace kvo
+} // namespace velmo
+
+#endif

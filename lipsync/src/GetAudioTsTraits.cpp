@@ -1,0 +1,62 @@
+#include "velmo/kvo/lipsync/GetAudioTsTraits.h"
+
+#include "velmo/kvo/cmdfrmwrk/ResultAnswerSerializer.h"
+#include "velmo/kvo/lipsync/LipSyncNtpTimestampsTrait.h"
+#include "velmo/utilities/xmlserializer/ChildAccess.h"
+#include "velmo/utilities/xmlserializer/RecordFrame.h"
+
+namespace velmo {
+namespace kvo {
+namespace lipsync {
+
+velmo::utilities::xmlserializer::XmlResult
+SerializationTraitGetAudioTsRequest::writePayload(const Record&, TiXmlNode*& payload)
+{
+    payload = NULL;
+    return velmo::utilities::xmlserializer::XmlResult::success();
+}
+
+} // namespace lipsync
+} // namespace kvo
+
+namespace utilities {
+namespace xmlserializer {
+
+namespace {
+
+XmlResult readTimestamps(const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer)
+{
+    typedef kvo::lipsync::LipSyncNtpTimestampsTrait Trait;
+    const TiXmlNode* child = NULL;
+    XmlResult result = detail::ChildAccess<Trait>::get(element, child);
+    if (result.isFailure()) {
+        return result;
+    }
+    Trait::Record timestamps = Trait::Record();
+    result = XmlTraitSerializer<Trait>::fromXml(*child, timestamps, Trait::tag);
+    if (result.isSuccess()) {
+        answer.timestamps = timestamps;
+    }
+    return result;
+}
+
+} // namespace
+
+XmlResult XmlTraitSerializer<kvo::lipsync::SerializationTraitGetAudioTsAnswer>::fromXml(
+    const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer, const char* expectedName)
+{
+    XmlResult result = detail::checkElementName(element, expectedName);
+    if (result.isFailure()) {
+        return result;
+    }
+    result = readTimestamps(element, answer);
+    if (result.isSuccess()) {
+        result = kvo::cmdfrmwrk::readAnswerResult(element, answer);
+    }
+    detail::appendWhileDeserializing(result, expectedName);
+    return result;
+}
+
+} // namespace xmlserializer
+} // namespace utilities
+} // namespace velmo

@@ -1,0 +1,95 @@
+#ifndef VELMO_UTILITIES_XMLSERIALIZER_XMLTRAITSERIALIZER_H
+#define VELMO_UTILITIES_XMLSERIALIZER_XMLTRAITSERIALIZER_H
+
+#include "velmo/utilities/serializer/NamedTextTrait.h"
+#include "velmo/utilities/serializer/TextTrait.h"
+#include "velmo/utilities/xmlserializer/ChildAccess.h"
+#include "velmo/utilities/xmlserializer/RecordFrame.h"
+#include "velmo/utilities/xmlserializer/SerializerChildList.h"
+#include "velmo/utilities/xmlserializer/XmlResult.h"
+
+#include <string>
+#include <tinyxml.h>
+
+namespace velmo {
+namespace utilities {
+namespace xmlserializer {
+
+// By default a trait describes a record: an element named `Trait::tag` whose
+// members, listed in `Trait::Children`, are child elements of it.
+template <class Trait>
+struct XmlTraitSerializer
+{
+    static XmlResult fromXml(const TiXmlNode& element, typename Trait::Record& value,
+                             const char* expectedName)
+    {
+        XmlResult result = detail::checkElementName(element, expectedName);
+        if (result.isFailure()) {
+            return result;
+        }
+        result = detail::SerializerChildList<typename Trait::Record, typename Trait::Children>::fromXml(
+            element, value);
+        detail::appendWhileDeserializing(result, expectedName);
+        return result;
+    }
+};
+
+template <class T, class Conv>
+struct XmlTraitSerializer<serializer::TextTrait<T, Conv>>
+{
+    static XmlResult toXml(const T& value, TiXmlNode*& node)
+    {
+        std::string text;
+        if (!Conv::toString(value, text)) {
+            return XmlResult(ConversionFailed)
+                   << "Unable to convert \"" << static_cast<const void*>(&value) << "\" to string.";
+        }
+        node = new TiXmlText(text);
+        return XmlResult::success();
+    }
+
+    static XmlResult fromXml(const TiXmlNode* node, T& value)
+    {
+        if (node == NULL || node->Type() != TiXmlNode::TINYXML_TEXT) {
+            return XmlResult(UnexpectedNodeType) << "Expected an xml text node";
+        }
+        const std::string& text = node->ValueStr();
+        if (!Conv::fromString(text, value)) {
+            return XmlResult(ConversionFailed) << "Unable to convert from string \"" << text << "\".";
+        }
+        return XmlResult::success();
+    }
+};
+
+template <class T, const char* tagVariable, bool allowMissingText, class Conv>
+struct XmlTraitSerializer<serializer::NamedTextTrait<T, tagVariable, allowMissingText, Conv>>
+{
+    static XmlResult fromXml(const TiXmlNode& element, T& value, const char* expectedName)
+    {
+        typedef serializer::TextTrait<T, Conv> Text;
+        XmlResult result = detail::checkElementName(element, expectedName);
+        if (result.isFailure()) {
+            return result;
+        }
+        const TiXmlNode* textNode = NULL;
+        result = detail::ChildAccess<Text>::get(element, textNode);
+        if (result.isSuccess()) {
+            T converted = T();
+            result = XmlTraitSerializer<Text>::fromXml(textNode, converted);
+            if (result.isSuccess()) {
+                value = converted;
+            }
+        } else if (allowMissingText) {
+            value = T();
+            result = XmlResult::success();
+        }
+        detail::appendWhileDeserializing(result, expectedName);
+        return result;
+    }
+};
+
+} // namespace xmlserializer
+} // namespace utilities
+} // namespace velmo
+
+#endif
