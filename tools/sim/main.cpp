@@ -1,0 +1,39 @@
+#include "Engine.h"
+#include "ListeningSocket.h"
+#include "Log.h"
+#include "Options.h"
+#include "RequestHandler.h"
+#include "Server.h"
+#include "SignalPipe.h"
+
+#include <cstdio>
+
+using namespace velmo::kvo::sim;
+
+int main(int argc, char** argv)
+{
+    Options options;
+    if (std::optional<int> status = parseOptions(argc, argv, options)) {
+        return *status;
+    }
+    Log log(options.verbose);
+    // Handlers first: a stop signal that arrives while the socket is set up must still remove it.
+    SignalPipe signals;
+    if (!signals.install()) {
+        log.error("cannot set up signal handling");
+        return 1;
+    }
+    ListeningSocket listener;
+    std::string error;
+    ListeningSocket::Outcome outcome = listener.open(options.socketPath, error);
+    if (outcome != ListeningSocket::Outcome::Listening) {
+        log.error(error);
+        return outcome == ListeningSocket::Outcome::BadPath ? usageError : 1;
+    }
+    Engine engine(!options.idle, options.fixed);
+    RequestHandler handler(engine, options.faults, log);
+    Server server(listener.fd(), signals.fd(), handler, log);
+    std::printf("%s: listening on %s\n", programName, options.socketPath.c_str());
+    std::fflush(stdout);
+    return server.run() ? 0 : 1;
+}
