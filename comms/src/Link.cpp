@@ -45,7 +45,10 @@ Link::~Link()
 {
     close();
     ::close(_fdLinkSocket);
-    _fdLinkSocket = 0;
+    // A plain store into an object being destroyed is dropped by the
+    // compiler; this one must stay so that a Link used after its destruction
+    // trips the operations' assertions.
+    *static_cast<volatile int*>(&_fdLinkSocket) = 0;
 }
 
 void Link::close()

@@ -2,7 +2,7 @@
 
 #include "velmo/utilities/log/Assertion.h"
 
-#include <cstring>
+#include <string.h>
 
 namespace velmo {
 namespace kvo {

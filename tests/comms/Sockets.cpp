@@ -1,7 +1,6 @@
 #include "Sockets.h"
 
 #include <algorithm>
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
@@ -33,6 +32,15 @@ sockaddr_in loopback(uint16_t port)
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+sockaddr_un unixAddress(const std::string& path)
+{
+    sockaddr_un address;
+    std::memset(&address, 0, sizeof(address));
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path)));
     return address;
 }
 
@@ -101,10 +109,7 @@ ConnectedPair connectedPair(Transport transport, const std::string& unixPath)
         UniqueFd listener = listenUnix(unixPath);
         pair.local = UniqueFd(socket(AF_UNIX, SOCK_STREAM, 0));
         require(pair.local.get() >= 0, "socket");
-        sockaddr_un address;
-        std::memset(&address, 0, sizeof(address));
-        address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path, unixPath.data(), unixPath.size());
+        sockaddr_un address = unixAddress(unixPath);
         require(connect(pair.local.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0,
                 "connect");
         pair.peer = acceptOne(listener.get());
@@ -116,20 +121,24 @@ ConnectedPair connectedPair(Transport transport, const std::string& unixPath)
     pair.local = UniqueFd(socket(AF_INET, SOCK_STREAM, 0));
     require(pair.local.get() >= 0, "socket");
     sockaddr_in address = loopback(port);
-    require(connect(pair.local.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0, "connect");
+    require(connect(pair.local.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0,
+            "connect");
     pair.peer = acceptOne(listener.get());
     return pair;
 }
 
-UniqueFd listenUnix(const std::string& path)
+UniqueFd bindUnix(const std::string& path)
 {
     UniqueFd fd(socket(AF_UNIX, SOCK_STREAM, 0));
     require(fd.get() >= 0, "socket");
-    sockaddr_un address;
-    std::memset(&address, 0, sizeof(address));
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path)));
+    sockaddr_un address = unixAddress(path);
     require(bind(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0, "bind");
+    return fd;
+}
+
+UniqueFd listenUnix(const std::string& path)
+{
+    UniqueFd fd = bindUnix(path);
     require(listen(fd.get(), 128) == 0, "listen");
     return fd;
 }
@@ -200,7 +209,7 @@ std::size_t pendingBytes(int fd)
 bool waitReadable(int fd)
 {
     pollfd entry = {fd, POLLIN, 0};
-    return poll(&entry, 1, 1000) == 1;
+    return poll(&entry, 1, 5000) == 1;
 }
 
 bool isOpen(int fd)

@@ -45,8 +45,9 @@ struct ConnectedPair
 // pair is returned.
 ConnectedPair connectedPair(Transport transport, const std::string& unixPath);
 
-// Binds with the whole sun_path filled from `path` (cut at 108 bytes, as a
+// Both bind with the whole sun_path filled from `path` (cut at 108 bytes; a
 // name of exactly 108 bytes carries no terminator) and the full address size.
+UniqueFd bindUnix(const std::string& path);
 UniqueFd listenUnix(const std::string& path);
 UniqueFd listenTcp(uint16_t& port);
 // A bound TCP port that does not listen, so connecting to it is refused.
@@ -58,7 +59,7 @@ void writeAll(int fd, const std::string& bytes);
 std::string readExactly(int fd, std::size_t size);
 // Bytes queued for reading on `fd`.
 std::size_t pendingBytes(int fd);
-// Waits up to one second for `fd` to become readable or to report an error.
+// Waits up to five seconds for `fd` to become readable or to report an error.
 bool waitReadable(int fd);
 bool isOpen(int fd);
 

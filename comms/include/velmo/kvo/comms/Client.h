@@ -2,6 +2,7 @@
 #define VELMO_KVO_COMMS_CLIENT_H
 
 #include "velmo/kvo/comms/Link.h"
+#include "velmo/utilities/Export.h"
 #include "velmo/utilities/result/Result.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@ namespace comms {
 
 // Connects to a server with a single blocking attempt and hands the caller a
 // new Link that owns the socket.
-class Client
+class VELMO_EXPORT Client
 {
 public:
     enum ResultCode : int32_t

@@ -1,6 +1,7 @@
 #ifndef VELMO_KVO_COMMS_LINK_H
 #define VELMO_KVO_COMMS_LINK_H
 
+#include "velmo/utilities/Export.h"
 #include "velmo/utilities/result/Result.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@ namespace comms {
 // Owns one connected, blocking stream socket and moves bytes over it. Reads
 // and writes report `Closed` once close() has been called, even from another
 // thread, because the flag is tested after every system call.
-class Link
+class VELMO_EXPORT Link
 {
 public:
     enum ResultCode : int32_t

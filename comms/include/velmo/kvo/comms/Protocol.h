@@ -2,8 +2,10 @@
 #define VELMO_KVO_COMMS_PROTOCOL_H
 
 #include "velmo/kvo/comms/Link.h"
+#include "velmo/utilities/Export.h"
 #include "velmo/utilities/result/Result.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace velmo {
@@ -12,7 +14,7 @@ namespace comms {
 
 // A message protocol over a Link; owns the Link and deletes it.
 template <class Message>
-class Protocol
+class VELMO_EXPORT Protocol
 {
 public:
     enum ResultCode : int32_t

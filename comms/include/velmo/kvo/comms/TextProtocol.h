@@ -2,6 +2,7 @@
 #define VELMO_KVO_COMMS_TEXTPROTOCOL_H
 
 #include "velmo/kvo/comms/Protocol.h"
+#include "velmo/utilities/Export.h"
 
 #include <string>
 
@@ -12,7 +13,7 @@ namespace comms {
 // Frames each message with two line feeds. Received chunks go through one
 // process-wide buffer, so no two receive() calls may run at the same time,
 // even on different objects.
-class TextProtocol : public Protocol<std::string>
+class VELMO_EXPORT TextProtocol : public Protocol<std::string>
 {
 public:
     static const std::string endMessageMarker;
