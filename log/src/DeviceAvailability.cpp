@@ -1,0 +1,26 @@
+#include "velmo/kvo/log/AndroidLog.h"
+
+#include <atomic>
+#include <unistd.h>
+
+namespace {
+
+enum DeviceState
+{
+    unknown = 0,
+    notAvailable = 1,
+    available = 2
+};
+
+std::atomic<int> deviceState{unknown};
+
+} // namespace
+
+// Decided once: the answer does not follow the daemon coming or going.
+extern "C" int __android_log_dev_available(void)
+{
+    if (deviceState == unknown) {
+        deviceState = access(AKVO_LOGDW_PATH, W_OK) == 0 ? available : notAvailable;
+    }
+    return deviceState == available ? 1 : 0;
+}

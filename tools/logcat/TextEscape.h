@@ -1,0 +1,25 @@
+#ifndef VELMO_KVO_LOGCAT_TEXTESCAPE_H
+#define VELMO_KVO_LOGCAT_TEXTESCAPE_H
+
+#include <string>
+
+namespace velmo {
+namespace kvo {
+namespace logcat {
+
+// Keeps a record on one terminal line: control characters become \n, \r, \t
+// or \xNN; every other byte is left as it is.
+std::string escapeControlCharacters(const std::string& text);
+
+// A JSON string literal, quotes included. Valid UTF-8 passes through; each
+// byte that is not part of a valid sequence becomes U+FFFD.
+std::string jsonString(const std::string& text);
+
+// Two lowercase hex digits per byte, no separator.
+std::string hexBytes(const std::string& bytes);
+
+} // namespace logcat
+} // namespace kvo
+} // namespace velmo
+
+#endif

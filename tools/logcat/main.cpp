@@ -1,0 +1,70 @@
+// akvo-logcat: stands in for the log daemon on a machine without one. Binds
+// the log socket and prints every record the log writer sends, one per line.
+
+#include "LogListener.h"
+#include "RecordDecoder.h"
+#include "RecordFormat.h"
+#include "StopSignals.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+using namespace velmo::kvo::logcat;
+
+namespace {
+
+void printRecord(const std::vector<uint8_t>& datagram, bool json)
+{
+    LogRecord record;
+    std::string error;
+    if (!decodeRecord(datagram.data(), datagram.size(), record, error)) {
+        std::fprintf(stderr, "akvo-logcat: skipped malformed record: %s\n", error.c_str());
+        return;
+    }
+    const std::string line = json ? formatJsonLine(record) : formatTextLine(record);
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::string path = AKVO_LOGDW_PATH;
+    bool json = false;
+    CLI::App app{"Prints the records that the log writer sends to its datagram socket."};
+    app.add_option("--socket", path, "Socket path to bind")->capture_default_str();
+    app.add_flag("--json", json, "Print one JSON object per record");
+    CLI11_PARSE(app, argc, argv);
+
+    const StopSignals signals;
+    LogListener listener(signals);
+    std::string error;
+    if (!listener.bind(path, error)) {
+        std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
+        return 1;
+    }
+    std::fprintf(stderr, "akvo-logcat: listening on %s\n", path.c_str());
+
+    std::vector<uint8_t> datagram;
+    size_t size = 0;
+    for (;;) {
+        switch (listener.receive(datagram, size, error)) {
+        case LogListener::Outcome::Datagram:
+            printRecord(datagram, json);
+            break;
+        case LogListener::Outcome::Oversized:
+            std::fprintf(stderr, "akvo-logcat: skipped datagram of %zu bytes, more than a record can have\n",
+                         size);
+            break;
+        case LogListener::Outcome::Stopped:
+            return 0;
+        case LogListener::Outcome::Failed:
+            std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
+            return 1;
+        }
+    }
+}
