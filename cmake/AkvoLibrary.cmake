@@ -10,7 +10,20 @@ add_library(akvolipsyncapi::akvolipsyncapi ALIAS akvolipsyncapi)
 set_target_properties(akvolipsyncapi PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
-target_link_libraries(akvolipsyncapi PRIVATE PkgConfig::TINYXML)
+target_link_libraries(akvolipsyncapi PRIVATE akvo::tinyxml)
+if(BUILD_SHARED_LIBS)
+  set(akvo_version_script ${PROJECT_SOURCE_DIR}/cmake/akvolipsyncapi.map)
+  target_link_options(akvolipsyncapi PRIVATE -Wl,--version-script=${akvo_version_script})
+  # Sanitizer and coverage runtimes live in the executables, not in the
+  # library, so only plain builds can insist on a fully resolved library.
+  if(NOT AKVO_SANITIZE AND NOT AKVO_FUZZ)
+    target_link_options(akvolipsyncapi PRIVATE -Wl,--no-undefined)
+  endif()
+  set_property(TARGET akvolipsyncapi APPEND PROPERTY LINK_DEPENDS ${akvo_version_script})
+endif()
+if(AKVO_TINYXML_SOURCE_DIR AND NOT BUILD_SHARED_LIBS)
+  install(TARGETS akvo_tinyxml EXPORT akvolipsyncapiTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 target_include_directories(akvolipsyncapi INTERFACE
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 foreach(layer ${akvo_layers})
@@ -39,6 +52,9 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfigVersion.cmake
   DESTINATION ${akvo_cmake_dir})
 
+# The .pc file finds its prefix from its own place, so an installed tree can be
+# moved or installed with a different --prefix.
+file(RELATIVE_PATH AKVO_PC_PREFIX_FROM_PCDIR ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/akvolipsyncapi.pc.in ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

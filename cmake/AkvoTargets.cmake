@@ -6,7 +6,10 @@ set_property(GLOBAL PROPERTY AKVO_LAYERS "")
 function(akvo_layer name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(akvo_${name}_objects OBJECT ${ARG_SOURCES})
-  set_target_properties(akvo_${name}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  set_target_properties(akvo_${name}_objects PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
   target_include_directories(akvo_${name}_objects PUBLIC
     $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
   target_link_libraries(akvo_${name}_objects PUBLIC ${ARG_DEPENDS})
@@ -27,7 +30,10 @@ endfunction()
 # their own receiver without touching the system's log daemon.
 function(akvo_log_writer target path)
   add_library(${target}_objects OBJECT ${AKVO_LOG_WRITER_SOURCES})
-  set_target_properties(${target}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  set_target_properties(${target}_objects PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
   target_link_libraries(${target}_objects PUBLIC akvo_log_headers)
   target_compile_definitions(${target}_objects PRIVATE AKVO_LOGDW_PATH="${path}")
   add_library(${target} STATIC $<TARGET_OBJECTS:${target}_objects>)

@@ -2,6 +2,7 @@
 #define VELMO_KVO_LIPSYNCAPI_SERVICE_H
 
 #include "velmo/kvo/common/LipSyncNtpTimestamps.h"
+#include "velmo/utilities/Export.h"
 #include "velmo/utilities/result/Result.h"
 
 #include <cstdint>
@@ -19,7 +20,7 @@ namespace lipsyncapi {
 // blocks the calling thread until it is done; one Service must be used by one
 // thread at a time, and no two calls that wait for the engine may run at the
 // same time anywhere in the process.
-class Service
+class VELMO_EXPORT Service
 {
 public:
     enum ResultCode : int32_t

@@ -1,6 +1,8 @@
 #ifndef VELMO_UTILITIES_RESULT_RESULT_H
 #define VELMO_UTILITIES_RESULT_RESULT_H
 
+#include "velmo/utilities/Export.h"
+
 #include <sstream>
 #include <string>
 
@@ -121,7 +123,7 @@ public:
 };
 
 // Carries a C library errno value; its text is whatever strerror says.
-struct ErrnoTrait
+struct VELMO_EXPORT ErrnoTrait
 {
     typedef int ResultCode;
     static constexpr ResultCode successCode = 0;

@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Fails if the library exports anything outside its public surface, or misses
+# a symbol that applications rely on. Usage: exported-symbols.sh LIBRARY
+set -euo pipefail
+library=$1
+symbols=$(nm -D --defined-only "$library" | awk '{ $1=""; $2=""; sub(/^  /, ""); print }' | c++filt | sed 's/\[abi:cxx11\]//g')
+
+allowed='^(velmo::kvo::lipsyncapi::Service::'\
+'|velmo::kvo::comms::(Link|Client|TextProtocol)::'\
+'|velmo::utilities::result::ErrnoTrait::'\
+'|(vtable|typeinfo|typeinfo name) for velmo::kvo::(comms::(TextProtocol|Protocol<.*>)|lipsyncapi::Service.*)$'\
+'|__android_log_[a-z_]+$'\
+'|throughput_limit$'\
+')'
+
+unexpected=$(grep -Ev "$allowed" <<<"$symbols" || true)
+status=0
+if [ -n "$unexpected" ]; then
+  echo "exported but not part of the public surface:"
+  echo "$unexpected" | sed 's/^/  /'
+  status=1
+fi
+
+required=(
+  'velmo::kvo::lipsyncapi::Service::Service()'
+  'velmo::kvo::lipsyncapi::Service::~Service()'
+  'velmo::kvo::lipsyncapi::Service::connect(std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> > const&)'
+  'velmo::kvo::lipsyncapi::Service::disconnect()'
+  'velmo::kvo::lipsyncapi::Service::getCapabilities(unsigned long long&, unsigned long long&) const'
+  'velmo::kvo::lipsyncapi::Service::setAudioDelayMargin(unsigned long long)'
+  'velmo::kvo::lipsyncapi::Service::getAudioDelayMargin(unsigned long long&) const'
+  'velmo::kvo::lipsyncapi::Service::getAudioTimestamps(velmo::kvo::common::LipSyncNtpTimestamps&) const'
+  'velmo::kvo::lipsyncapi::Service::setVideoTimestamps(velmo::kvo::common::LipSyncNtpTimestamps const&)'
+  'velmo::kvo::lipsyncapi::Service::defaultLipsyncSocketName'
+  'velmo::kvo::lipsyncapi::Service::capabilityMaxAudioDelayMargin'
+  'velmo::kvo::lipsyncapi::Service::capabilityGranularityMs'
+  'velmo::kvo::lipsyncapi::Service::ResultTrait::toString(velmo::kvo::lipsyncapi::Service::ResultCode)'
+  'velmo::kvo::comms::Link::Link(int)'
+  'velmo::kvo::comms::Link::~Link()'
+  'velmo::kvo::comms::Link::close()'
+  'velmo::kvo::comms::Link::write(void const*, unsigned int)'
+  'velmo::kvo::comms::Link::read(void*, unsigned int, unsigned int&)'
+  'velmo::kvo::comms::Link::ResultTrait::toString(velmo::kvo::comms::Link::ResultCode)'
+  'velmo::kvo::comms::Client::connectUnixServer(char const*, velmo::kvo::comms::Link*&)'
+  'velmo::kvo::comms::Client::connectTcpServer(char const*, int, velmo::kvo::comms::Link*&)'
+  'velmo::kvo::comms::Client::ResultTrait::toString(velmo::kvo::comms::Client::ResultCode)'
+  'velmo::kvo::comms::TextProtocol::TextProtocol(velmo::kvo::comms::Link*)'
+  'velmo::kvo::comms::TextProtocol::~TextProtocol()'
+  'velmo::kvo::comms::TextProtocol::endMessageMarker'
+  'velmo::utilities::result::ErrnoTrait::toString(int)'
+  '__android_log_write'
+  '__android_log_buf_write'
+  '__android_log_print'
+  '__android_log_vprint'
+  '__android_log_buf_print'
+  '__android_log_assert'
+  '__android_log_bwrite'
+  '__android_log_btwrite'
+  '__android_log_bswrite'
+  '__android_log_dev_available'
+  'throughput_limit'
+)
+for symbol in "${required[@]}"; do
+  if ! grep -Fxq "$symbol" <<<"$symbols"; then
+    echo "missing: $symbol"
+    status=1
+  fi
+done
+[ $status -eq 0 ] && echo "exported symbols: $(wc -l <<<"$symbols") symbols, all public, none missing"
+exit $status
