@@ -36,7 +36,9 @@ Service::ServiceResult Service::setAudioDelayMargin(unsigned long long delayMs)
 {
     const ServiceResult result = setAudioDelayMarginInternal(delayMs);
     log::ApiLog<Logger> apiLog;
-    apiLog.addInputParam("delayMs", delayMs).setResult(result).event("Client is setting the audio delay margin");
+    apiLog.addInputParam("delayMs", delayMs)
+        .setResult(result)
+        .event("Client is setting the audio delay margin");
     return result;
 }
 
@@ -60,9 +62,10 @@ Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long d
     lipsync::SetAudioDelay::Request request;
     request.delayMs = delayMs;
     lipsync::SetAudioDelay::Answer answer;
-    const ServiceResult result = toServiceResult(
-        _commandClient->executeCommand<lipsync::SetAudioDelay, lipsync::LipSyncXmlSerializer>(request, answer),
-        answer);
+    const ServiceResult result =
+        toServiceResult(_commandClient->executeCommand<lipsync::SetAudioDelay, lipsync::LipSyncXmlSerializer>(
+                            request, answer),
+                        answer);
     if (result.isSuccess()) {
         _audioDelayMargin = delayMs;
     }
@@ -101,7 +104,8 @@ Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTim
     lipsync::GetAudioTs::Request request;
     lipsync::GetAudioTs::Answer answer;
     const ServiceResult result = toServiceResult(
-        _commandClient->executeCommand<lipsync::GetAudioTs, lipsync::LipSyncXmlSerializer>(request, answer), answer);
+        _commandClient->executeCommand<lipsync::GetAudioTs, lipsync::LipSyncXmlSerializer>(request, answer),
+        answer);
     if (result.isSuccess()) {
         timestamps = answer.timestamps;
     }

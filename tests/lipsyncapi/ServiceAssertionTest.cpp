@@ -36,24 +36,27 @@ TEST_P(CommandClientGuard, StopsTheProcessWithItsFixedLine)
 INSTANTIATE_TEST_SUITE_P(
     Service, CommandClientGuard,
     ::testing::Values(
-        GuardedCall{"getCapabilities",
-                    [](Service& s) {
-                        unsigned long long a = 0;
-                        unsigned long long b = 0;
-                        s.getCapabilities(a, b);
-                    },
-                    "F/VELMO lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: Inconsistent state "
-                    "client is null\n"},
-        GuardedCall{"setAudioDelayMargin", [](Service& s) { s.setAudioDelayMargin(40); },
-                    "F/VELMO lipsyncapi/src/Service:205: Assertion _commandClient != NULL failed: Inconsistent state "
-                    "client is null\n"},
-        GuardedCall{"getAudioTimestamps",
-                    [](Service& s) {
-                        LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
-                        s.getAudioTimestamps(timestamps);
-                    },
-                    "F/VELMO lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: Inconsistent state "
-                    "client is null\n"}),
+        GuardedCall{
+            "getCapabilities",
+            [](Service& s) {
+                unsigned long long a = 0;
+                unsigned long long b = 0;
+                s.getCapabilities(a, b);
+            },
+            "F/VELMO lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: Inconsistent state "
+            "client is null\n"},
+        GuardedCall{
+            "setAudioDelayMargin", [](Service& s) { s.setAudioDelayMargin(40); },
+            "F/VELMO lipsyncapi/src/Service:205: Assertion _commandClient != NULL failed: Inconsistent state "
+            "client is null\n"},
+        GuardedCall{
+            "getAudioTimestamps",
+            [](Service& s) {
+                LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
+                s.getAudioTimestamps(timestamps);
+            },
+            "F/VELMO lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: Inconsistent state "
+            "client is null\n"}),
     [](const ::testing::TestParamInfo<GuardedCall>& info) { return std::string(info.param.name); });
 
 TEST(CommandClientGuard, ValidationStillComesBeforeTheGuard)

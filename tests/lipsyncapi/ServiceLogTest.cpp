@@ -16,8 +16,9 @@ namespace {
 
 std::string missingPathFailure(const std::string& path)
 {
-    return "Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to connect to " + path +
-           " {" + std::strerror(ENOENT) + " (Code 2)}}";
+    return "Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to connect "
+           "to " +
+           path + " {" + std::strerror(ENOENT) + " (Code 2)}}";
 }
 
 // Runs `calls` on a Service and returns what the library wrote to standard
@@ -32,8 +33,8 @@ std::string stderrOf(const std::function<void(Service&)>& calls)
     return capture.text();
 }
 
-const std::string destructorLine =
-    "I/AKVOLIPSYNCAPI Client is disconnected with result: Bad state (Code 1003): Not connected to the audio KVO\n";
+const std::string destructorLine = "I/AKVOLIPSYNCAPI Client is disconnected with result: Bad state (Code "
+                                   "1003): Not connected to the audio KVO\n";
 
 TEST(ServiceLog, NeverConnectedServiceLogsOnlyItsDestruction)
 {
@@ -57,18 +58,19 @@ TEST(ServiceLog, OneLinePerLoggedCall)
         service.getAudioTimestamps(timestamps);
         service.disconnect();
     });
-    EXPECT_EQ("I/AKVOLIPSYNCAPI Client is connecting with input params: lipsyncSocketName=" + path +
-                  "  with result: Success\n"
-                  "I/AKVOLIPSYNCAPI Client is setting the audio delay margin with input params: delayMs=30  with "
-                  "result: Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms.\n"
-                  "I/AKVOLIPSYNCAPI Client is setting the audio delay margin with input params: delayMs=40  with "
-                  "result: Success\n"
-                  "I/AKVOLIPSYNCAPI Client is requesting the NTP timestamp with output params: "
-                  "audioCaptureTimestamp=16045690984833536 audioRenderingTimestamp=16045690985263104 "
-                  "audioReceivingTimestamp=16045690984404992 jbmCurrentDepth=40  with result: Success\n"
-                  "I/AKVOLIPSYNCAPI Client is disconnected with result: Success\n" +
-                  destructorLine,
-              text);
+    EXPECT_EQ(
+        "I/AKVOLIPSYNCAPI Client is connecting with input params: lipsyncSocketName=" + path +
+            "  with result: Success\n"
+            "I/AKVOLIPSYNCAPI Client is setting the audio delay margin with input params: delayMs=30  with "
+            "result: Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms.\n"
+            "I/AKVOLIPSYNCAPI Client is setting the audio delay margin with input params: delayMs=40  with "
+            "result: Success\n"
+            "I/AKVOLIPSYNCAPI Client is requesting the NTP timestamp with output params: "
+            "audioCaptureTimestamp=16045690984833536 audioRenderingTimestamp=16045690985263104 "
+            "audioReceivingTimestamp=16045690984404992 jbmCurrentDepth=40  with result: Success\n"
+            "I/AKVOLIPSYNCAPI Client is disconnected with result: Success\n" +
+            destructorLine,
+        text);
 }
 
 TEST(ServiceLog, FailedTimestampRequestLogsTheCallersValues)
@@ -77,11 +79,12 @@ TEST(ServiceLog, FailedTimestampRequestLogsTheCallersValues)
         LipSyncNtpTimestamps timestamps = {1, 2, 3, 4};
         service.getAudioTimestamps(timestamps);
     });
-    EXPECT_EQ("I/AKVOLIPSYNCAPI Client is requesting the NTP timestamp with output params: audioCaptureTimestamp=1 "
-              "audioRenderingTimestamp=2 audioReceivingTimestamp=3 jbmCurrentDepth=4  with result: Bad state (Code "
-              "1003): Not connected to the audio KVO\n" +
-                  destructorLine,
-              text);
+    EXPECT_EQ(
+        "I/AKVOLIPSYNCAPI Client is requesting the NTP timestamp with output params: audioCaptureTimestamp=1 "
+        "audioRenderingTimestamp=2 audioReceivingTimestamp=3 jbmCurrentDepth=4  with result: Bad state (Code "
+        "1003): Not connected to the audio KVO\n" +
+            destructorLine,
+        text);
 }
 
 struct SocketNameCase
@@ -99,18 +102,18 @@ TEST_P(LoggedSocketName, IsWrittenAsItStands)
 {
     const std::string socketName = GetParam().socketName;
     const std::string text = stderrOf([&](Service& service) { service.connect(socketName); });
-    EXPECT_EQ("I/AKVOLIPSYNCAPI Client is connecting with input params: " + std::string(GetParam().renderedParam) +
-                  " with result: " + missingPathFailure(socketName) + "\n" + destructorLine,
-              text);
+    EXPECT_EQ(
+        "I/AKVOLIPSYNCAPI Client is connecting with input params: " + std::string(GetParam().renderedParam) +
+            " with result: " + missingPathFailure(socketName) + "\n" + destructorLine,
+        text);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Service, LoggedSocketName,
-    ::testing::Values(
-        SocketNameCase{"LineFeedUsesTheBlockForm", "/tmp/akvo\nmissing",
-                       "lipsyncSocketName={\n/tmp/akvo\nmissing}\n"},
-        SocketNameCase{"PercentDirectivesStayLiteral", "/tmp/akvo-%d-%s-missing",
-                       "lipsyncSocketName=/tmp/akvo-%d-%s-missing "}),
+    ::testing::Values(SocketNameCase{"LineFeedUsesTheBlockForm", "/tmp/akvo\nmissing",
+                                     "lipsyncSocketName={\n/tmp/akvo\nmissing}\n"},
+                      SocketNameCase{"PercentDirectivesStayLiteral", "/tmp/akvo-%d-%s-missing",
+                                     "lipsyncSocketName=/tmp/akvo-%d-%s-missing "}),
     [](const ::testing::TestParamInfo<SocketNameCase>& info) { return std::string(info.param.name); });
 
 } // namespace

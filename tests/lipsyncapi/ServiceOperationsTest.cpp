@@ -44,11 +44,16 @@ INSTANTIATE_TEST_SUITE_P(
         MarginCase{0, "Success"}, MarginCase{100, "Success"}, MarginCase{60, "Success"},
         MarginCase{101, "Invalid Param (Code 1002):  audio delay margin 101 is not in range [0..100]"},
         MarginCase{150, "Invalid Param (Code 1002):  audio delay margin 150 is not in range [0..100]"},
-        MarginCase{4294967296ull, "Invalid Param (Code 1002):  audio delay margin 4294967296 is not in range [0..100]"},
-        MarginCase{4294967316ull, "Invalid Param (Code 1002):  audio delay margin 4294967316 is not in range [0..100]"},
-        MarginCase{10, "Invalid Param (Code 1002):  audio delay margin 10 doesn't match  granularity of 20ms."},
-        MarginCase{30, "Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms."},
-        MarginCase{99, "Invalid Param (Code 1002):  audio delay margin 99 doesn't match  granularity of 20ms."}));
+        MarginCase{4294967296ull,
+                   "Invalid Param (Code 1002):  audio delay margin 4294967296 is not in range [0..100]"},
+        MarginCase{4294967316ull,
+                   "Invalid Param (Code 1002):  audio delay margin 4294967316 is not in range [0..100]"},
+        MarginCase{10,
+                   "Invalid Param (Code 1002):  audio delay margin 10 doesn't match  granularity of 20ms."},
+        MarginCase{30,
+                   "Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms."},
+        MarginCase{99,
+                   "Invalid Param (Code 1002):  audio delay margin 99 doesn't match  granularity of 20ms."}));
 
 TEST(ServiceOperations, CapabilitiesAreGranularityThenMaximum)
 {
@@ -73,8 +78,9 @@ TEST(ServiceOperations, MarginIsRememberedAcrossRefusalsAndReconnection)
     EXPECT_EQ(0u, margin);
 
     ASSERT_TRUE(service.setAudioDelayMargin(40).isSuccess());
-    EXPECT_EQ("The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): margin refused}",
-              service.setAudioDelayMargin(60).format());
+    EXPECT_EQ(
+        "The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): margin refused}",
+        service.setAudioDelayMargin(60).format());
     ASSERT_TRUE(service.getAudioDelayMargin(margin).isSuccess());
     EXPECT_EQ(40u, margin);
 
@@ -132,27 +138,32 @@ TEST_P(ServerAnswers, MapToTheServiceCodes)
 INSTANTIATE_TEST_SUITE_P(
     Service, ServerAnswers,
     ::testing::Values(
-        ServerAnswerCase{"Idle",
-                         {"--idle"},
-                         "The AKVO is not performing a call (Code 1007): {Bad state (Code 1003): The engine is not "
-                         "in a call}"},
-        ServerAnswerCase{"InvalidParameter",
-                         {"--fault", "*:error:1002:no"},
-                         "The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): no}"},
-        ServerAnswerCase{"UnknownCode",
-                         {"--fault", "*:error:-5:odd"},
-                         "The lipsync server returned an error (Code 1006): {Invalid error (Unreachable) (Code -5): "
-                         "odd}"},
+        ServerAnswerCase{
+            "Idle",
+            {"--idle"},
+            "The AKVO is not performing a call (Code 1007): {Bad state (Code 1003): The engine is not "
+            "in a call}"},
+        ServerAnswerCase{
+            "InvalidParameter",
+            {"--fault", "*:error:1002:no"},
+            "The lipsync server returned an error (Code 1006): {Invalid parameter (Code 1002): no}"},
+        ServerAnswerCase{
+            "UnknownCode",
+            {"--fault", "*:error:-5:odd"},
+            "The lipsync server returned an error (Code 1006): {Invalid error (Unreachable) (Code -5): "
+            "odd}"},
         ServerAnswerCase{"Closed", {"--fault", "*:close"}, closedByDistant},
         ServerAnswerCase{"ClosedMidAnswer", {"--fault", "*:close-after:60"}, closedByDistant},
-        ServerAnswerCase{"WrongVersion",
-                         {"--fault", "*:version:0.2.0"},
-                         "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
-                         "{Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.2.0'.}}"},
-        ServerAnswerCase{"Garbage",
-                         {"--fault", "*:garbage"},
-                         "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
-                         "{Conversion failed (Code 71): No 'AKVO' root element found in xml data.}}"}),
+        ServerAnswerCase{
+            "WrongVersion",
+            {"--fault", "*:version:0.2.0"},
+            "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
+            "{Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.2.0'.}}"},
+        ServerAnswerCase{
+            "Garbage",
+            {"--fault", "*:garbage"},
+            "An error has occured in the transport layer (Code 1005): {Serializer error (Code 5903): "
+            "{Conversion failed (Code 71): No 'AKVO' root element found in xml data.}}"}),
     [](const ::testing::TestParamInfo<ServerAnswerCase>& info) { return std::string(info.param.name); });
 
 TEST(ServiceOperations, TransportFailureKeepsTheServiceConnectedUntilReconnection)

@@ -28,7 +28,8 @@ TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
     const std::string path = "/tmp/akvo-nobody-listens-here";
     const Service::ServiceResult result = service.connect(path);
     EXPECT_EQ(Service::CannotConnect, result.getErrorCode());
-    EXPECT_EQ("Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to connect to " +
+    EXPECT_EQ("Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to "
+              "connect to " +
                   path + " {" + errnoText(ENOENT) + "}}",
               result.format());
     EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
@@ -106,7 +107,8 @@ INSTANTIATE_TEST_SUITE_P(
     Service, EveryOperationWhileDisconnected,
     ::testing::Values(
         DisconnectedCall{"disconnect", [](Service& s) { return s.disconnect(); }},
-        DisconnectedCall{"getCapabilities", [](Service& s) { return s.getCapabilities(untouchedA, untouchedB); }},
+        DisconnectedCall{"getCapabilities",
+                         [](Service& s) { return s.getCapabilities(untouchedA, untouchedB); }},
         DisconnectedCall{"setAudioDelayMargin", [](Service& s) { return s.setAudioDelayMargin(40); }},
         DisconnectedCall{"setAudioDelayMarginInvalid", [](Service& s) { return s.setAudioDelayMargin(33); }},
         DisconnectedCall{"getAudioDelayMargin", [](Service& s) { return s.getAudioDelayMargin(untouchedA); }},

@@ -14,7 +14,8 @@ void addServiceCommands(CLI::App& app, CommandArgs& args)
     CLI::App* timestamps = app.add_subcommand("timestamps", "Read the audio path's timestamps");
     timestamps->add_option("--count", args.count, "Number of samples (0 with --watch: until interrupted)");
     timestamps->add_option("--interval-ms", args.intervalMs, "Pause between samples in milliseconds");
-    timestamps->add_flag("--watch", args.watch, "Keep sampling and show latency, network delay and depth live");
+    timestamps->add_flag("--watch", args.watch,
+                         "Keep sampling and show latency, network delay and depth live");
     CLI::App* video = app.add_subcommand("video-ts", "Hand over video timestamps");
     video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required();
     video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required();
@@ -57,7 +58,8 @@ int runShell(std::istream& in, const std::string& socketName, const Output& outp
     int status = ExitSuccess;
     std::string line;
     while (std::getline(in, line)) {
-        if (line.find_first_not_of(" \t\r") == std::string::npos || line[line.find_first_not_of(" \t")] == '#') {
+        if (line.find_first_not_of(" \t\r") == std::string::npos ||
+            line[line.find_first_not_of(" \t")] == '#') {
             continue;
         }
         args = CommandArgs();

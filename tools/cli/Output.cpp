@@ -38,7 +38,8 @@ std::string jsonQuoted(const std::string& text)
             break;
         default:
             if (c < 0x20) {
-                out << "\\u" << std::hex << std::setw(4) << std::setfill('0') << static_cast<int>(c) << std::dec;
+                out << "\\u" << std::hex << std::setw(4) << std::setfill('0') << static_cast<int>(c)
+                    << std::dec;
             } else {
                 out << c;
             }
@@ -53,15 +54,18 @@ void Output::print(const std::string& command, const velmo::kvo::lipsyncapi::Ser
 {
     std::ostringstream line;
     if (_json) {
-        line << "{\"command\":" << jsonQuoted(command) << ",\"code\":" << static_cast<long long>(result.getErrorCode())
+        line << "{\"command\":" << jsonQuoted(command)
+             << ",\"code\":" << static_cast<long long>(result.getErrorCode())
              << ",\"result\":" << jsonQuoted(result.format());
         for (const Field& field : fields) {
-            line << "," << jsonQuoted(field.name) << ":" << (field.isNumber ? field.text : jsonQuoted(field.text));
+            line << "," << jsonQuoted(field.name) << ":"
+                 << (field.isNumber ? field.text : jsonQuoted(field.text));
         }
         line << "}";
     } else {
         line << command << ": " << result.format();
-        for (const Field& field : fields) {
+        // A failure's values would read as part of its message.
+        for (const Field& field : result.isSuccess() ? fields : std::vector<Field>()) {
             line << " " << field.name << "=" << field.text;
         }
     }
@@ -72,7 +76,8 @@ void Output::print(const std::string& command, const velmo::kvo::lipsyncapi::Ser
 void Output::error(const std::string& command, const std::string& message) const
 {
     if (_json) {
-        std::printf("{\"command\":%s,\"error\":%s}\n", jsonQuoted(command).c_str(), jsonQuoted(message).c_str());
+        std::printf("{\"command\":%s,\"error\":%s}\n", jsonQuoted(command).c_str(),
+                    jsonQuoted(message).c_str());
     } else {
         std::printf("%s: %s\n", command.c_str(), message.c_str());
     }

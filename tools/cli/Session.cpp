@@ -90,7 +90,9 @@ int Session::caps()
 int Session::setMargin(unsigned long long delayMs)
 {
     const Service::ServiceResult result = _service.setAudioDelayMargin(delayMs);
-    _output.print("set-margin", result, {numberField("delayMs", delayMs)});
+    // In plain text the margin goes into the label, since a refusal prints no values.
+    _output.print(_output.json() ? "set-margin" : "set-margin " + std::to_string(delayMs), result,
+                  {numberField("delayMs", delayMs)});
     return exitStatusFor(result);
 }
 
@@ -132,15 +134,16 @@ int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch)
         const double latencyMs = ntpDifferenceMs(timestamps.tRdr, timestamps.tCap);
         const double networkMs = ntpDifferenceMs(timestamps.tCap, timestamps.tRcv);
         if (liveLine) {
-            std::printf("\raudio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu   ", latencyMs,
-                        networkMs, timestamps.jbmDepth);
+            std::printf("\raudio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu   ",
+                        latencyMs, networkMs, timestamps.jbmDepth);
             std::fflush(stdout);
             continue;
         }
-        _output.print("timestamps", result,
-                      {numberField("capture", timestamps.tCap), numberField("rendering", timestamps.tRdr),
-                       numberField("receiving", timestamps.tRcv), numberField("jitterBufferDepth", timestamps.jbmDepth),
-                       millisecondsField("audioLatencyMs", latencyMs), millisecondsField("networkDelayMs", networkMs)});
+        _output.print(
+            "timestamps", result,
+            {numberField("capture", timestamps.tCap), numberField("rendering", timestamps.tRdr),
+             numberField("receiving", timestamps.tRcv), numberField("jitterBufferDepth", timestamps.jbmDepth),
+             millisecondsField("audioLatencyMs", latencyMs), millisecondsField("networkDelayMs", networkMs)});
     }
     if (liveLine) {
         std::printf("\n");

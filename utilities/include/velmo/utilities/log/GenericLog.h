@@ -80,7 +80,7 @@ public:
 };
 
 template <class Head, class Tail>
-class GenericLog<TypeList<Head, Tail> >
+class GenericLog<TypeList<Head, Tail>>
 {
 public:
     template <details::Level::Enum L>
@@ -131,7 +131,7 @@ public:
     };
 };
 
-typedef GenericLog<TypeList<StdIoLogTrait, TypeList<AndroidLogTrait<false>, detail::TypeNull> > > Log;
+typedef GenericLog<TypeList<StdIoLogTrait, TypeList<AndroidLogTrait<false>, detail::TypeNull>>> Log;
 
 } // namespace utilities
 } // namespace velmo

@@ -27,7 +27,7 @@ public:
     {
         if (lower.isFailure()) {
             _errorCode = errorCode;
-            Append<Result<OtherTrait> >::run(*this, lower);
+            Append<Result<OtherTrait>>::run(*this, lower);
         }
     }
 
@@ -96,7 +96,7 @@ public:
     };
 
     template <class OtherTrait>
-    struct Append<Result<OtherTrait> >
+    struct Append<Result<OtherTrait>>
     {
         static void run(Result& result, const Result<OtherTrait>& lower)
         {

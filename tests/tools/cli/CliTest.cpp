@@ -1,0 +1,195 @@
+#include "ProgramRun.h"
+#include "Simulator.h"
+
+#include <gtest/gtest.h>
+
+using akvo::test::ProgramOutput;
+using akvo::test::runProgram;
+using akvo::test::SimulatorProcess;
+
+namespace {
+
+ProgramOutput cli(const std::vector<std::string>& arguments, const std::string& input = "")
+{
+    std::vector<std::string> command{AKVO_CLI_PATH};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return runProgram(command, input);
+}
+
+struct CommandCase
+{
+    const char* name;
+    std::vector<std::string> simulatorArgs;
+    std::vector<std::string> arguments;
+    int exitStatus;
+    const char* output;
+};
+
+class OneShotCommand : public ::testing::TestWithParam<CommandCase>
+{
+};
+
+TEST_P(OneShotCommand, PrintsTheResultAndExitsWithItsClass)
+{
+    SimulatorProcess simulator(GetParam().simulatorArgs);
+    std::vector<std::string> arguments{"--socket", simulator.socketPath()};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const ProgramOutput run = cli(arguments);
+    EXPECT_EQ(GetParam().exitStatus, run.exitStatus) << run.standardError;
+    EXPECT_EQ(GetParam().output, run.standardOutput);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cli, OneShotCommand,
+    ::testing::Values(
+        CommandCase{"Caps", {}, {"caps"}, 0, "caps: Success granularityMs=20 maxAudioDelayMargin=100\n"},
+        CommandCase{"SetMargin", {}, {"set-margin", "40"}, 0, "set-margin 40: Success delayMs=40\n"},
+        CommandCase{
+            "SetMarginRefusedLocally",
+            {},
+            {"set-margin", "30"},
+            4,
+            "set-margin 30: Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity "
+            "of 20ms.\n"},
+        CommandCase{"GetMarginOfAFreshConnection", {}, {"get-margin"}, 0, "get-margin: Success delayMs=0\n"},
+        CommandCase{"Timestamps",
+                    {"--fixed"},
+                    {"timestamps"},
+                    0,
+                    "timestamps: Success capture=16045690984833536 rendering=16045690985263104 "
+                    "receiving=16045690984404992 jitterBufferDepth=40 audioLatencyMs=0.100 "
+                    "networkDelayMs=0.100\n"},
+        CommandCase{"VideoTimestamps", {}, {"video-ts", "1", "2", "3", "4"}, 0, "video-ts: Success\n"},
+        CommandCase{
+            "NotInCall",
+            {"--idle"},
+            {"set-margin", "20"},
+            8,
+            "set-margin 20: The AKVO is not performing a call (Code 1007): {Bad state (Code 1003): The "
+            "engine is not in a call}\n"},
+        CommandCase{
+            "ServerError",
+            {"--fault", "1:error:1001:broken"},
+            {"timestamps"},
+            7,
+            "timestamps: The lipsync server returned an error (Code 1006): {Unknown error (Code 1001): "
+            "broken}\n"},
+        CommandCase{
+            "TransportError",
+            {"--fault", "1:close"},
+            {"timestamps"},
+            6,
+            "timestamps: An error has occured in the transport layer (Code 1005): {Connection closed by "
+            "distant (Code 5905): {Protocol has been closed by distant (Code 40005): {Closed by distant "
+            "(Code 10003)}}}\n"},
+        CommandCase{"JsonCaps",
+                    {},
+                    {"--json", "caps"},
+                    0,
+                    "{\"command\":\"caps\",\"code\":1000,\"result\":\"Success\",\"granularityMs\":20,"
+                    "\"maxAudioDelayMargin\":100}\n"},
+        CommandCase{
+            "JsonRefusal",
+            {},
+            {"--json", "set-margin", "101"},
+            4,
+            "{\"command\":\"set-margin\",\"code\":1002,\"result\":\"Invalid Param (Code 1002):  audio "
+            "delay margin 101 is not in range [0..100]\",\"delayMs\":101}\n"}),
+    [](const ::testing::TestParamInfo<CommandCase>& info) { return std::string(info.param.name); });
+
+TEST(Cli, CannotConnectIsItsOwnClass)
+{
+    const ProgramOutput run = cli({"--socket", "/tmp/akvo-cli-nobody-listens", "caps"});
+    EXPECT_EQ(3, run.exitStatus);
+    EXPECT_EQ(0u, run.standardOutput.find(
+                      "connect: Cannot connect to Audio KVO (Code 1004): {Connection has "
+                      "failed (Code 20002): Unable to connect to /tmp/akvo-cli-nobody-listens "))
+        << run.standardOutput;
+}
+
+TEST(Cli, UsageErrorsExitWithTwo)
+{
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {}, {"frobnicate"}, {"set-margin"}, {"set-margin", "forty"}, {"video-ts", "1", "2"}}) {
+        EXPECT_EQ(2, cli(arguments).exitStatus);
+    }
+    EXPECT_EQ(0, cli({"--help"}).exitStatus);
+    EXPECT_EQ(0, cli({"timestamps", "--help"}).exitStatus);
+}
+
+TEST(Cli, ShellKeepsOneServiceAcrossCommands)
+{
+    SimulatorProcess simulator;
+    const ProgramOutput run = cli({"--socket", simulator.socketPath(), "shell"}, "connect\n"
+                                                                                 "set-margin 60\n"
+                                                                                 "get-margin\n"
+                                                                                 "# a comment\n"
+                                                                                 "\n"
+                                                                                 "set-margin 30\n"
+                                                                                 "get-margin\n"
+                                                                                 "disconnect\n"
+                                                                                 "get-margin\n"
+                                                                                 "connect\n"
+                                                                                 "get-margin\n"
+                                                                                 "disconnect\n");
+    EXPECT_EQ(0, run.exitStatus);
+    EXPECT_EQ(
+        "connect: Success socket=" + simulator.socketPath() +
+            "\n"
+            "set-margin 60: Success delayMs=60\n"
+            "get-margin: Success delayMs=60\n"
+            "set-margin 30: Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of "
+            "20ms.\n"
+            "get-margin: Success delayMs=60\n"
+            "disconnect: Success\n"
+            "get-margin: Bad state (Code 1003): Not connected to the audio KVO\n"
+            "connect: Success socket=" +
+            simulator.socketPath() +
+            "\n"
+            "get-margin: Success delayMs=60\n"
+            "disconnect: Success\n",
+        run.standardOutput);
+}
+
+TEST(Cli, ShellReportsBadLinesAndGoesOn)
+{
+    SimulatorProcess simulator;
+    const ProgramOutput run =
+        cli({"--json", "--socket", simulator.socketPath(), "shell"}, "connect\nbogus\ncaps\nquit\ncaps\n");
+    EXPECT_EQ(0, run.exitStatus);
+    const std::vector<std::string> expectedStarts{
+        "{\"command\":\"connect\",\"code\":1000,",
+        "{\"command\":\"bogus\",\"error\":", "{\"command\":\"caps\",\"code\":1000,"};
+    size_t position = 0;
+    for (const std::string& start : expectedStarts) {
+        ASSERT_EQ(position, run.standardOutput.find(start, position)) << run.standardOutput;
+        position = run.standardOutput.find('\n', position) + 1;
+    }
+    EXPECT_EQ(run.standardOutput.size(), position) << "nothing runs after quit";
+}
+
+TEST(Cli, LibraryLogLinesGoToStandardError)
+{
+    SimulatorProcess simulator;
+    const ProgramOutput run = cli({"--socket", simulator.socketPath(), "set-margin", "20"});
+    EXPECT_EQ(0, run.exitStatus);
+    EXPECT_NE(
+        std::string::npos,
+        run.standardError.find("I/AKVOLIPSYNCAPI Client is setting the audio delay margin with input params: "
+                               "delayMs=20  with result: Success\n"))
+        << run.standardError;
+}
+
+TEST(Cli, WatchCountsSamples)
+{
+    SimulatorProcess simulator({"--fixed"});
+    const ProgramOutput run = cli(
+        {"--socket", simulator.socketPath(), "timestamps", "--watch", "--count", "3", "--interval-ms", "1"});
+    EXPECT_EQ(0, run.exitStatus);
+    const std::string sample = "timestamps: Success capture=16045690984833536 rendering=16045690985263104 "
+                               "receiving=16045690984404992 jitterBufferDepth=40 audioLatencyMs=0.100 "
+                               "networkDelayMs=0.100\n";
+    EXPECT_EQ(sample + sample + sample, run.standardOutput);
+}
+
+} // namespace
