@@ -63,20 +63,6 @@ TEST(ServiceState, DisconnectTwiceReportsTheSecond)
     EXPECT_EQ(notConnected, service.disconnect().format());
 }
 
-TEST(ServiceState, ReconnectsAfterDisconnectWithoutLeakingDescriptors)
-{
-    akvo::test::SimulatorProcess simulator;
-    const int descriptors = akvo::test::openDescriptorCount();
-    {
-        Service service;
-        for (int round = 0; round < 50; ++round) {
-            ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-            ASSERT_TRUE(service.disconnect().isSuccess());
-        }
-    }
-    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
-}
-
 struct DisconnectedCall
 {
     const char* name;
