@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <tinyxml.h>
 
@@ -14,7 +13,6 @@ namespace {
 using velmo::utilities::serializer::CastConvertor;
 using velmo::utilities::serializer::Convertor;
 using velmo::utilities::serializer::TextTrait;
-using velmo::utilities::xmlserializer::XmlResult;
 using velmo::utilities::xmlserializer::XmlTraitSerializer;
 
 enum Code : int
@@ -25,121 +23,68 @@ enum Code : int
 typedef XmlTraitSerializer<TextTrait<unsigned long long, Convertor<unsigned long long>>> UnsignedText;
 typedef XmlTraitSerializer<TextTrait<Code, CastConvertor<Code, int>>> CodeText;
 
-const std::string accepted = "Success";
-
-std::string conversionFailure(const std::string& text)
+std::string expected(const char* text, bool ok)
 {
-    return "Conversion failed (Code 71): Unable to convert from string \"" + text + "\".";
+    return ok ? "Success"
+              : "Conversion failed (Code 71): Unable to convert from string \"" + std::string(text) + "\".";
 }
 
-struct UnsignedCase
+TEST(Number, UnsignedReadsOnlyBareNumbers)
 {
-    const char* text;
-    bool ok;
-    unsigned long long value;
-};
-
-void PrintTo(const UnsignedCase& c, std::ostream* os)
-{
-    *os << "\"" << c.text << "\"";
-}
-
-class UnsignedNumber : public ::testing::TestWithParam<UnsignedCase>
-{
-};
-
-TEST_P(UnsignedNumber, ReadsOnlyBareNumbers)
-{
-    const UnsignedCase& c = GetParam();
-    const TiXmlText node(c.text);
-    unsigned long long value = 7;
-    const XmlResult result = UnsignedText::fromXml(&node, value);
-    if (c.ok) {
-        EXPECT_EQ(accepted, result.format());
-        EXPECT_EQ(c.value, value);
-    } else {
-        EXPECT_EQ(conversionFailure(c.text), result.format());
+    const struct
+    {
+        const char* text;
+        bool ok;
+        unsigned long long value;
+    } table[] = {{"12345", true, 12345},
+                 {"0x1F", true, 31},
+                 {"0X1F", false, 0},
+                 {"18446744073709551615", true, 18446744073709551615ULL},
+                 {"18446744073709551616", false, 0},
+                 {" 12345", false, 0},
+                 {"12345 ", false, 0},
+                 {"\r12345", false, 0},
+                 {"12345\n", false, 0},
+                 {"-1", false, 0},
+                 {"12345abc", false, 0},
+                 {"", false, 0}};
+    for (const auto& row : table) {
+        const TiXmlText node(row.text);
+        unsigned long long value = 7;
+        EXPECT_EQ(expected(row.text, row.ok), UnsignedText::fromXml(&node, value).format()) << row.text;
+        if (row.ok) {
+            EXPECT_EQ(row.value, value) << row.text;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts, UnsignedNumber,
-    ::testing::Values(
-        UnsignedCase{"12345", true, 12345}, UnsignedCase{"0", true, 0}, UnsignedCase{"0x1F", true, 31},
-        UnsignedCase{"0x1f", true, 31}, UnsignedCase{"0X1F", false, 0}, UnsignedCase{"1F", false, 0},
-        UnsignedCase{"18446744073709551615", true, 18446744073709551615ULL},
-        UnsignedCase{"18446744073709551616", false, 0}, UnsignedCase{"0x10000000000000000", false, 0},
-        UnsignedCase{" 12345", false, 0}, UnsignedCase{"12345 ", false, 0}, UnsignedCase{"123 45", false, 0},
-        UnsignedCase{"12345\n", false, 0}, UnsignedCase{"\r12345", false, 0},
-        UnsignedCase{"12\t345", false, 0}, UnsignedCase{"12345\v", false, 0}, UnsignedCase{"-1", false, 0},
-        UnsignedCase{"-0", false, 0}, UnsignedCase{"12-", false, 0}, UnsignedCase{"12345abc", false, 0},
-        UnsignedCase{"abc", false, 0}, UnsignedCase{"", false, 0}));
-
-struct CodeCase
+TEST(Number, ResultCodeReadsSignedIntegers)
 {
-    const char* text;
-    bool ok;
-    int value;
-};
-
-void PrintTo(const CodeCase& c, std::ostream* os)
-{
-    *os << "\"" << c.text << "\"";
-}
-
-class ResultCodeNumber : public ::testing::TestWithParam<CodeCase>
-{
-};
-
-TEST_P(ResultCodeNumber, ReadsSignedIntegers)
-{
-    const CodeCase& c = GetParam();
-    const TiXmlText node(c.text);
-    Code value = Known;
-    const XmlResult result = CodeText::fromXml(&node, value);
-    if (c.ok) {
-        EXPECT_EQ(accepted, result.format());
-        EXPECT_EQ(c.value, static_cast<int>(value));
-    } else {
-        EXPECT_EQ(conversionFailure(c.text), result.format());
-        EXPECT_EQ(Known, value);
+    const struct
+    {
+        const char* text;
+        bool ok;
+        int value;
+    } table[] = {{"1003", true, 1003},     {"-1", true, -1},    {"0x10", true, 16},
+                 {"2147483648", false, 0}, {"1003 ", false, 0}, {"", false, 0}};
+    for (const auto& row : table) {
+        const TiXmlText node(row.text);
+        Code value = Known;
+        EXPECT_EQ(expected(row.text, row.ok), CodeText::fromXml(&node, value).format()) << row.text;
+        if (row.ok) {
+            EXPECT_EQ(row.value, static_cast<int>(value)) << row.text;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, ResultCodeNumber,
-                         ::testing::Values(CodeCase{"1003", true, 1003}, CodeCase{"-1", true, -1},
-                                           CodeCase{"-5", true, -5}, CodeCase{"0x10", true, 16},
-                                           CodeCase{"2147483647", true, 2147483647},
-                                           CodeCase{"2147483648", false, 0}, CodeCase{"- 1", false, 0},
-                                           CodeCase{"1003 ", false, 0}, CodeCase{"10O3", false, 0},
-                                           CodeCase{"", false, 0}));
-
-TEST(TextNode, OnlyATextNodeCarriesANumber)
+TEST(Number, OnlyATextNodeCarriesANumber)
 {
-    const TiXmlElement element("capture_timestamp");
     const TiXmlComment comment("12");
     unsigned long long value = 0;
-    EXPECT_EQ("Unexpected node type (Code 70): Expected an xml text node",
-              UnsignedText::fromXml(&element, value).format());
     EXPECT_EQ("Unexpected node type (Code 70): Expected an xml text node",
               UnsignedText::fromXml(&comment, value).format());
     EXPECT_EQ("Unexpected node type (Code 70): Expected an xml text node",
               UnsignedText::fromXml(NULL, value).format());
-}
-
-TEST(TextNode, WritesPlainDecimalDigits)
-{
-    const unsigned long long values[] = {0, 60, 18446744073709551615ULL};
-    const char* texts[] = {"0", "60", "18446744073709551615"};
-    for (int i = 0; i < 3; ++i) {
-        TiXmlNode* node = NULL;
-        EXPECT_EQ(accepted, UnsignedText::toXml(values[i], node).format());
-        ASSERT_NE(nullptr, node);
-        EXPECT_EQ(TiXmlNode::TINYXML_TEXT, node->Type());
-        EXPECT_FALSE(node->ToText()->CDATA());
-        EXPECT_EQ(texts[i], node->ValueStr());
-        delete node;
-    }
 }
 
 } // namespace
