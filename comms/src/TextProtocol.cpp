@@ -44,7 +44,11 @@ TextProtocol::~TextProtocol() = default;
 
 TextProtocol::ProtocolResult TextProtocol::send(const std::string& message)
 {
-    const std::string frame = message + endMessageMarker;
+    // Sized once: appending the marker to a bare copy of the message would
+    // allocate twice.
+    std::string frame;
+    frame.reserve(message.size() + endMessageMarker.size());
+    frame.append(message).append(endMessageMarker);
     return toProtocolResult(_link->write(frame.data(), static_cast<unsigned int>(frame.size())));
 }
 

@@ -42,7 +42,10 @@ struct ResultTrait<velmo::utilities::result::Result<Command::ResultTrait>>
     // Only the code changes: text the result already holds is kept.
     static void setErrorCode(Record& result, const Command::ResultCode& code) { result._errorCode = code; }
     static std::string getMessage(const Record& result) { return result.getMainMessage(); }
-    static void appendMessage(Record& result, const std::string& text) { result << text; }
+    static void appendMessage(Record& result, const std::string& text)
+    {
+        Record::Append<std::string>::run(result, text);
+    }
 
     typedef velmo::utilities::TypeList<
         velmo::utilities::serializer::Child<ErrorCodeTrait, decltype(&getErrorCode), &getErrorCode,

@@ -3,7 +3,6 @@
 
 #include "velmo/utilities/xmlserializer/XmlSerializer.h"
 
-#include <sstream>
 #include <string>
 
 namespace velmo {
@@ -22,11 +21,13 @@ public:
     XmlSerializer() : velmo::utilities::xmlserializer::XmlSerializer<List>("AKVO", version()) {}
 
 private:
+    // A fresh serializer is built for every request and every answer, so the
+    // text is put together without a string stream, whose buffer would cost
+    // an allocation each time.
     static std::string version()
     {
-        std::ostringstream text;
-        text << versionMajor << "." << versionMinor << "." << versionPatch;
-        return text.str();
+        return std::to_string(versionMajor) + "." + std::to_string(versionMinor) + "." +
+               std::to_string(versionPatch);
     }
 };
 

@@ -4,6 +4,7 @@
 #include "velmo/utilities/log/GenericLog.h"
 
 #include <sstream>
+#include <streambuf>
 #include <string>
 
 namespace velmo {
@@ -31,6 +32,14 @@ public:
         return *this;
     }
 
+    // A number's text never spans lines, so it goes straight into the target
+    // stream, printed just as the scratch stream would print it.
+    ApiLog& addParam(const std::string& name, const unsigned long long& value, std::stringstream& target)
+    {
+        target << name << "=" << value << " ";
+        return *this;
+    }
+
     template <class T>
     ApiLog& addInputParam(const std::string& name, const T& value)
     {
@@ -50,28 +59,26 @@ public:
         return *this;
     }
 
+    // The line is composed in the log stream itself, each collected text
+    // copied straight from its own stream, so that no piece is copied twice.
     void event(const std::string& name)
     {
-        std::string line(name);
-        const std::string inputs = _inputParams.str();
-        if (!inputs.empty()) {
-            line += " with input params: ";
-            line += inputs;
+        typename Logger::Log::template Stream<velmo::utilities::details::Level::Info> stream(Logger::tag);
+        stream << name;
+        if (holdsText(_inputParams)) {
+            stream << " with input params: " << static_cast<std::streambuf*>(_inputParams.rdbuf());
         }
-        const std::string outputs = _outputParams.str();
-        if (!outputs.empty()) {
-            line += " with output params: ";
-            line += outputs;
+        if (holdsText(_outputParams)) {
+            stream << " with output params: " << static_cast<std::streambuf*>(_outputParams.rdbuf());
         }
         if (!_result.empty()) {
-            line += " with result: ";
-            line += _result;
+            stream << " with result: " << _result;
         }
-        typename Logger::Log::template Stream<velmo::utilities::details::Level::Info> stream(Logger::tag);
-        stream << line;
     }
 
 private:
+    static bool holdsText(std::stringstream& params) { return params.tellp() > 0; }
+
     std::stringstream _inputParams;
     std::stringstream _outputParams;
     std::string _result;

@@ -1,0 +1,151 @@
+// akvo-bench-server: the lip-sync server of the round-trip benchmarks. It
+// answers every GetAudioTs request with one canned frame and every
+// SetAudioDelay request with another, without parsing anything, so that the
+// server's own cost is as small as the socket's. One connection at a time.
+
+#include "Frames.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace akvo::bench;
+
+volatile sig_atomic_t stopRequested = 0;
+
+void requestStop(int)
+{
+    stopRequested = 1;
+}
+
+// Without SA_RESTART, so that a blocked accept or read returns at once.
+void installStopHandlers()
+{
+    struct sigaction action = {};
+    action.sa_handler = requestStop;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+}
+
+bool writeAll(int fd, const char* data, size_t size)
+{
+    while (size > 0) {
+        const ssize_t count = write(fd, data, size);
+        if (count < 0 && errno == EINTR && !stopRequested) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        data += count;
+        size -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+bool answer(int fd, const char* request, size_t size)
+{
+    const bool setDelay =
+        memmem(request, size, setAudioDelayRequestTag, sizeof(setAudioDelayRequestTag) - 1) != nullptr;
+    if (setDelay) {
+        return writeAll(fd, setAudioDelayAnswerFrame, sizeof(setAudioDelayAnswerFrame) - 1);
+    }
+    return writeAll(fd, getAudioTsAnswerFrame, sizeof(getAudioTsAnswerFrame) - 1);
+}
+
+// Requests may arrive split or several in one read; each frame ends with two
+// line feeds and gets exactly one answer.
+void serve(int fd)
+{
+    static char pending[65536];
+    size_t used = 0;
+    while (!stopRequested) {
+        if (used == sizeof(pending)) {
+            std::fprintf(stderr, "akvo-bench-server: request larger than %zu bytes\n", sizeof(pending));
+            return;
+        }
+        const ssize_t count = read(fd, pending + used, sizeof(pending) - used);
+        if (count <= 0) {
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            return;
+        }
+        used += static_cast<size_t>(count);
+        size_t start = 0;
+        for (;;) {
+            const char* marker = static_cast<const char*>(memmem(pending + start, used - start, "\n\n", 2));
+            if (marker == nullptr) {
+                break;
+            }
+            const size_t end = static_cast<size_t>(marker - pending);
+            if (!answer(fd, pending + start, end - start)) {
+                return;
+            }
+            start = end + 2;
+        }
+        std::memmove(pending, pending + start, used - start);
+        used -= start;
+    }
+}
+
+int listenOn(const std::string& path)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) {
+        std::fprintf(stderr, "akvo-bench-server: socket path too long: %s\n", path.c_str());
+        return -1;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    unlink(path.c_str());
+    if (fd < 0 || bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+        listen(fd, 8) != 0) {
+        std::fprintf(stderr, "akvo-bench-server: cannot listen on %s: %s\n", path.c_str(),
+                     std::strerror(errno));
+        return -1;
+    }
+    return fd;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3 || std::strcmp(argv[1], "--socket") != 0) {
+        std::fprintf(stderr, "usage: akvo-bench-server --socket PATH\n");
+        return 2;
+    }
+    const std::string path = argv[2];
+    installStopHandlers();
+    const int listener = listenOn(path);
+    if (listener < 0) {
+        return 1;
+    }
+    std::printf("akvo-bench-server: listening on %s\n", path.c_str());
+    std::fflush(stdout);
+    while (!stopRequested) {
+        const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (client < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            std::fprintf(stderr, "akvo-bench-server: accept failed: %s\n", std::strerror(errno));
+            break;
+        }
+        serve(client);
+        close(client);
+    }
+    close(listener);
+    unlink(path.c_str());
+    return 0;
+}

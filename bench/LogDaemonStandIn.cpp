@@ -1,0 +1,92 @@
+#include "LogDaemonStandIn.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace akvo {
+namespace bench {
+
+namespace {
+std::atomic<bool> started{false};
+} // namespace
+
+LogDaemonStandIn& LogDaemonStandIn::instance()
+{
+    started = true;
+    static LogDaemonStandIn standIn(AKVO_BENCH_LOGDW_PATH);
+    return standIn;
+}
+
+bool LogDaemonStandIn::wasStarted()
+{
+    return started;
+}
+
+LogDaemonStandIn::LogDaemonStandIn(const std::string& path)
+    : _path(path), _fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)), _received(0)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    unlink(path.c_str());
+    if (_fd >= 0 && bind(_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        std::fprintf(stderr, "akvo-bench: cannot bind the log receiver at %s: %s\n", path.c_str(),
+                     std::strerror(errno));
+        close(_fd);
+        _fd = -1;
+    }
+    if (_fd >= 0) {
+        _drainer = std::thread(&LogDaemonStandIn::drain, this);
+    }
+}
+
+LogDaemonStandIn::~LogDaemonStandIn()
+{
+    if (_fd < 0) {
+        return;
+    }
+    // A shut-down datagram socket wakes the blocked receive with 0.
+    shutdown(_fd, SHUT_RDWR);
+    _drainer.join();
+    close(_fd);
+    unlink(_path.c_str());
+}
+
+void LogDaemonStandIn::drain()
+{
+    static char datagram[65536];
+    for (;;) {
+        const ssize_t size = recv(_fd, datagram, sizeof(datagram), 0);
+        if (size > 0) {
+            _received.fetch_add(1, std::memory_order_relaxed);
+        } else if (size == 0 || errno != EINTR) {
+            return;
+        }
+    }
+}
+
+void LogDaemonStandIn::settle() const
+{
+    uint64_t seen = receivedRecords();
+    for (;;) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        const uint64_t now = receivedRecords();
+        if (now == seen) {
+            return;
+        }
+        seen = now;
+    }
+}
+
+void removeStaleLogSocket()
+{
+    unlink(AKVO_BENCH_LOGDW_PATH);
+}
+
+} // namespace bench
+} // namespace akvo
