@@ -1,7 +1,7 @@
 #include "FdCount.h"
 #include "FixedEngine.h"
-#include "QuietStderr.h"
 #include "Simulator.h"
+#include "StderrCapture.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-using akvo::test::LipSyncNtpTimestamps;
+using namespace akvo::test;
 using velmo::kvo::lipsyncapi::Service;
 
 namespace {
@@ -19,13 +19,15 @@ namespace {
 // leave the Service unable to reconnect or holding a descriptor.
 TEST(ByteOffsetSweep, OnlyTheWholeFrameIsAnAnswer)
 {
-    size_t frameSize = 0;
+    std::string answer;
     {
-        akvo::test::SimulatorProcess measuring({"--fixed"});
-        const std::string answer = akvo::test::rawGetAudioTsAnswer(measuring.socketPath());
-        ASSERT_NE(std::string::npos, answer.find("<jitter_buffer_depth>40</jitter_buffer_depth>")) << answer;
-        frameSize = answer.size() + 2;
+        SimulatorProcess measuring({"--fixed"});
+        RawClient client(measuring.socketPath());
+        const std::string request =
+            "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Request /></AKVO>";
+        ASSERT_TRUE(client.write(request + "\n\n") && client.readMessage(answer));
     }
+    const size_t frameSize = answer.size() + 2;
 
     // Request k + 1 is cut after k bytes; the request after the sweep is served whole.
     std::vector<std::string> arguments = {"--fixed"};
@@ -33,34 +35,25 @@ TEST(ByteOffsetSweep, OnlyTheWholeFrameIsAnAnswer)
         arguments.push_back("--fault");
         arguments.push_back(std::to_string(cut + 1) + ":close-after:" + std::to_string(cut));
     }
-    akvo::test::SimulatorProcess simulator(arguments);
-    const int descriptors = akvo::test::openDescriptorCount();
+    SimulatorProcess simulator(arguments);
+    StderrCapture quiet;
+    const int descriptors = openDescriptorCount();
     {
-        akvo::test::QuietStderr quiet;
         Service service;
-        ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-        for (size_t cut = 0; cut <= frameSize; ++cut) {
-            LipSyncNtpTimestamps timestamps = akvo::test::untouchedTimestamps;
-            const Service::ServiceResult result = service.getAudioTimestamps(timestamps);
-            if (cut < frameSize) {
-                EXPECT_EQ(akvo::test::closedByDistantText, result.format())
-                    << "cut after " << cut << " of " << frameSize << " bytes";
-                EXPECT_TRUE(akvo::test::sameTimestamps(akvo::test::untouchedTimestamps, timestamps))
-                    << "cut after " << cut;
-            } else {
-                EXPECT_EQ("Success", result.format()) << "whole frame of " << frameSize << " bytes";
-                EXPECT_TRUE(akvo::test::sameTimestamps(akvo::test::fixedTimestamps, timestamps));
-            }
+        ASSERT_EQ("Success", service.connect(simulator.socketPath()).format());
+        for (size_t cut = 0; cut <= frameSize + 1; ++cut) {
+            LipSyncNtpTimestamps timestamps = untouchedTimestamps;
+            const bool whole = cut >= frameSize;
+            EXPECT_EQ(whole ? "Success" : closedByDistantText,
+                      service.getAudioTimestamps(timestamps).format())
+                << "cut after " << cut << " of " << frameSize << " bytes";
+            EXPECT_TRUE(sameTimestamps(whole ? fixedTimestamps : untouchedTimestamps, timestamps)) << cut;
             ASSERT_EQ("Success", service.disconnect().format()) << "after a cut at " << cut;
             ASSERT_EQ("Success", service.connect(simulator.socketPath()).format())
                 << "after a cut at " << cut;
         }
-        LipSyncNtpTimestamps timestamps = akvo::test::untouchedTimestamps;
-        EXPECT_EQ("Success", service.getAudioTimestamps(timestamps).format());
-        EXPECT_TRUE(akvo::test::sameTimestamps(akvo::test::fixedTimestamps, timestamps));
-        EXPECT_EQ("Success", service.disconnect().format());
     }
-    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
+    EXPECT_EQ(descriptors, openDescriptorCount());
 }
 
 } // namespace

@@ -3,7 +3,11 @@
 
 #include "velmo/kvo/common/LipSyncNtpTimestamps.h"
 
+#include <cstring>
 #include <string>
+
+// Present only when AddressSanitizer is linked in.
+extern "C" void __lsan_do_leak_check() __attribute__((weak));
 
 namespace akvo {
 namespace test {
@@ -11,21 +15,31 @@ namespace test {
 using velmo::kvo::common::LipSyncNtpTimestamps;
 
 // What the engine simulator reports when started with --fixed.
-extern const LipSyncNtpTimestamps fixedTimestamps;
+const LipSyncNtpTimestamps fixedTimestamps = {16045690984833536ULL, 16045690985263104ULL,
+                                              16045690984404992ULL, 40};
 // Values no answer carries: a failed call must leave them in the caller's record.
-extern const LipSyncNtpTimestamps untouchedTimestamps;
+const LipSyncNtpTimestamps untouchedTimestamps = {1, 2, 3, 4};
 
-bool sameTimestamps(const LipSyncNtpTimestamps& a, const LipSyncNtpTimestamps& b);
+inline bool sameTimestamps(const LipSyncNtpTimestamps& a, const LipSyncNtpTimestamps& b)
+{
+    return a.tCap == b.tCap && a.tRdr == b.tRdr && a.tRcv == b.tRcv && a.jbmDepth == b.jbmDepth;
+}
 
-// A Service call whose connection the engine hung up on.
-extern const char closedByDistantText[];
-// A Service call whose socket read or write failed with `error`.
-std::string ioErrorText(int error);
+const char closedByDistantText[] =
+    "An error has occured in the transport layer (Code 1005): {Connection closed by distant (Code 5905): "
+    "{Protocol has been closed by distant (Code 40005): {Closed by distant (Code 10003)}}}";
 
-// The GetAudioTs answer, without its end marker, as the --fixed simulator
-// serving at `socketPath` sends it; asked with a plain socket. Empty when the
-// simulator did not answer.
-std::string rawGetAudioTsAnswer(const std::string& socketPath);
+inline std::string errnoText(int error)
+{
+    return std::string(std::strerror(error)) + " (Code " + std::to_string(error) + ")";
+}
+
+inline std::string ioErrorText(int error)
+{
+    return "An error has occured in the transport layer (Code 1005): {Protocol error (Code 5902): "
+           "{Link error (Code 40003): {I/O error (Code 10004): {" +
+           errnoText(error) + "}}}}";
+}
 
 } // namespace test
 } // namespace akvo

@@ -1,165 +1,407 @@
-#include "ChildProcess.h"
-#include "FaultSession.h"
 #include "FdCount.h"
+#include "FixedEngine.h"
+#include "LogReceiver.h"
 #include "Simulator.h"
+#include "StderrCapture.h"
+#include "velmo/kvo/lipsyncapi/Service.h"
+#include "velmo/kvo/log/AndroidLog.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
-using akvo::test::Case;
-using akvo::test::ChildRun;
-using akvo::test::Failure;
-using akvo::test::Owner;
-using akvo::test::Phase;
-using akvo::test::phaseNames;
-using akvo::test::Report;
-using akvo::test::SeenCall;
-using akvo::test::SysCall;
+// Linked with --wrap for these calls, every object of this binary (static layers included) calls the C
+// library through the wrappers below; they pass through outside a watch and on descriptors not made in one.
+extern "C" {
+int __real_socket(int domain, int type, int protocol);
+int __real_connect(int fd, const sockaddr* address, socklen_t length);
+ssize_t __real_read(int fd, void* data, size_t size);
+ssize_t __real_write(int fd, const void* data, size_t size);
+ssize_t __real_writev(int fd, const iovec* vector, int count);
+int __real_shutdown(int fd, int how);
+int __real_close(int fd);
+}
+
+using namespace akvo::test;
+using velmo::kvo::lipsyncapi::Service;
 
 namespace {
 
-std::string describe(const Case& c)
+enum Call
 {
-    return "call " + std::to_string(c.failingCall) + " (" + nameOf(c.owner) + " " + nameOf(c.call) +
-           ") fails with " + nameOf(c.failure);
-}
-
-std::string describe(const SeenCall& call)
+    Socket,
+    Connect,
+    Read,
+    Write,
+    Writev,
+    Shutdown,
+    Close
+};
+// Told apart by the socket type: the link is a stream, the log writer's socket a datagram socket.
+enum Owner
 {
-    return std::string(phaseNames[call.phase]) + ": " + nameOf(call.owner) + " " + nameOf(call.call);
-}
-
-std::vector<Failure> failuresFor(SysCall call, Owner owner)
+    Link,
+    LogWriter
+};
+enum Expect
 {
-    if (owner == Owner::Link) {
-        switch (call) {
-        case SysCall::Socket:
-            return {Failure::Emfile};
-        case SysCall::Connect:
-            return {Failure::Econnrefused, Failure::Eintr};
-        case SysCall::Read:
-        case SysCall::Write:
-            return {Failure::Eintr, Failure::Eagain,     Failure::ShortTransfer, Failure::NothingTransferred,
-                    Failure::Eio,   Failure::Econnreset, Failure::Epipe};
-        case SysCall::Shutdown:
-            return {Failure::Enotconn};
-        case SysCall::Close:
-            return {Failure::Eintr, Failure::Eio};
-        case SysCall::Writev:
-            break;
-        }
-    } else if (owner == Owner::LogWriter) {
-        switch (call) {
-        case SysCall::Socket:
-            return {Failure::Emfile};
-        case SysCall::Connect:
-            return {Failure::Econnrefused};
-        case SysCall::Writev:
-            return {Failure::Eagain, Failure::Enotconn, Failure::Eio};
-        case SysCall::Close:
-            return {Failure::Eio};
-        case SysCall::Read:
-        case SysCall::Write:
-        case SysCall::Shutdown:
-            break;
-        }
-    }
-    return {};
-}
-
-std::string joined(const std::vector<std::string>& lines)
-{
-    std::string text;
-    for (const std::string& line : lines) {
-        text += "\n  " + line;
-    }
-    return text;
-}
-
-// The wrapped calls of a session without faults. Without a log daemon every
-// log line opens a socket, fails to connect and closes it again; with one,
-// the first line connects and every line is one writev.
-std::vector<std::string> expectedSession(bool logDaemon)
-{
-    const std::vector<std::string> firstLine =
-        logDaemon ? std::vector<std::string>{"log writer socket", "log writer connect", "log writer writev"}
-                  : std::vector<std::string>{"log writer socket", "log writer connect", "log writer close"};
-    const std::vector<std::string> line =
-        logDaemon ? std::vector<std::string>{"log writer writev"} : firstLine;
-    const std::vector<std::pair<Phase, std::vector<std::string>>> phases = {
-        {akvo::test::Connecting, {"link socket", "link connect"}},
-        {akvo::test::Setting, {"link write", "link read"}},
-        {akvo::test::Fetching, {"link write", "link read"}},
-        {akvo::test::Disconnecting, {"link shutdown", "link close"}}};
-    std::vector<std::string> calls;
-    for (const auto& phase : phases) {
-        std::vector<std::string> own = phase.second;
-        const std::vector<std::string>& logged = phase.first == akvo::test::Connecting ? firstLine : line;
-        own.insert(own.end(), logged.begin(), logged.end());
-        for (const std::string& call : own) {
-            calls.push_back(std::string(phaseNames[phase.first]) + ": " + call);
-        }
-    }
-    return calls;
-}
-
-class SyscallFaultSweep : public ::testing::TestWithParam<bool>
-{
+    Ok,
+    Refused,
+    Closed,
+    IoError,
+    RecordLost,
+    WriterOff
 };
 
-// Every wrapped call of a session (connect, getCapabilities,
-// setAudioDelayMargin(40), getAudioTimestamps, disconnect) fails once, in
-// every way that call can fail, each time in a fresh child process.
-TEST_P(SyscallFaultSweep, EveryCallOfASessionFailsOnce)
+// Failures besides errno values: read 1 byte or write half of what was asked; return 0.
+constexpr int shortTransfer = -1, nothingTransferred = -2;
+
+struct Row
 {
-    const bool logDaemon = GetParam();
-    unlink(AKVO_TEST_LOGDW_PATH);
-    akvo::test::SimulatorProcess simulator({"--fixed"});
-    const std::string socketPath = simulator.socketPath();
-    const int descriptors = akvo::test::openDescriptorCount();
+    Call call;
+    Owner owner;
+    int failure;
+    Expect expect;
+};
 
-    const Case noFault{0, SysCall::Socket, Owner::Unknown, Failure::Eintr};
-    const ChildRun baseline =
-        akvo::test::runInChild([&] { return akvo::test::runFaultSession(socketPath, logDaemon, noFault); });
-    ASSERT_TRUE(baseline.exitedCleanly()) << baseline.describe();
-    const Report baselineReport = akvo::test::parseReport(baseline.report);
-    ASSERT_TRUE(baselineReport.problems.empty()) << "without faults:" << joined(baselineReport.problems);
-    std::vector<SeenCall> session;
-    std::vector<std::string> sessionNames;
-    for (const SeenCall& call : baselineReport.calls) {
-        if (call.phase != akvo::test::Recovering) {
-            session.push_back(call);
-            sessionNames.push_back(describe(call));
-        }
-    }
-    ASSERT_EQ(expectedSession(logDaemon), sessionNames);
+// What each way a call of a session can fail must lead to.
+const Row rows[] = {
+    {Socket, Link, EMFILE, Refused},
+    {Connect, Link, ECONNREFUSED, Refused},
+    {Connect, Link, EINTR, Refused},
+    {Read, Link, EINTR, Ok},
+    {Read, Link, EAGAIN, Ok},
+    {Read, Link, shortTransfer, Ok},
+    {Read, Link, nothingTransferred, Closed},
+    {Read, Link, EIO, IoError},
+    {Read, Link, ECONNRESET, Closed},
+    {Read, Link, EPIPE, IoError},
+    {Write, Link, EINTR, Ok},
+    {Write, Link, EAGAIN, Ok},
+    {Write, Link, shortTransfer, Ok},
+    {Write, Link, nothingTransferred, Ok},
+    {Write, Link, EIO, IoError},
+    {Write, Link, ECONNRESET, IoError},
+    {Write, Link, EPIPE, Closed},
+    {Shutdown, Link, ENOTCONN, Ok},
+    {Close, Link, EINTR, Ok},
+    {Close, Link, EIO, Ok},
+    {Socket, LogWriter, EMFILE, WriterOff},
+    {Connect, LogWriter, ECONNREFUSED, RecordLost},
+    {Writev, LogWriter, EAGAIN, RecordLost},
+    {Writev, LogWriter, ENOTCONN, Ok},
+    {Writev, LogWriter, EIO, RecordLost},
+    {Close, LogWriter, EIO, Ok},
+};
 
-    size_t cases = 0;
-    for (size_t index = 0; index < session.size(); ++index) {
-        for (Failure failure : failuresFor(session[index].call, session[index].owner)) {
-            const Case c{index + 1, session[index].call, session[index].owner, failure};
-            const ChildRun run =
-                akvo::test::runInChild([&] { return akvo::test::runFaultSession(socketPath, logDaemon, c); });
-            const Report report = akvo::test::parseReport(run.report);
-            EXPECT_TRUE(run.exitedCleanly())
-                << describe(c) << " in " << phaseNames[session[index].phase] << ": " << run.describe();
-            EXPECT_TRUE(report.problems.empty()) << describe(c) << " in " << phaseNames[session[index].phase]
-                                                 << ":" << joined(report.problems);
-            ++cases;
-        }
-    }
-    EXPECT_GT(cases, session.size());
-    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
-    EXPECT_NE(0, access(AKVO_TEST_LOGDW_PATH, F_OK)) << "a child left its log receiver behind";
+// Exit statuses of a child: 100 + the row applied, or the call to fail had no such variant or came too late.
+constexpr int firstRowStatus = 100, noSuchVariant = 98, pastTheSession = 99;
+
+struct Watch
+{
+    // The call to fail, from 1; 0 outside a watch.
+    size_t failing = 0;
+    size_t variant = 0;
+    size_t seen = 0;
+    // The Service call under way; "next" for the session that follows.
+    std::string phase;
+    std::string failedPhase;
+    const Row* row = nullptr;
+    bool retried = false;
+    std::map<int, Owner> owners;
+    // Shutdowns of each connected link.
+    std::map<int, int> shutdowns;
+} watch;
+
+void problem(const std::string& text)
+{
+    std::fprintf(stderr, "problem: %s\n", text.c_str());
 }
 
-INSTANTIATE_TEST_SUITE_P(Service, SyscallFaultSweep, ::testing::Values(false, true),
-                         [](const ::testing::TestParamInfo<bool>& info) {
-                             return info.param ? "WithLogDaemon" : "WithoutLogDaemon";
-                         });
+std::optional<Owner> ownerOf(int fd)
+{
+    const auto found = watch.owners.find(fd);
+    return found == watch.owners.end() ? std::nullopt : std::optional<Owner>(found->second);
+}
+
+// Counts a call on a watched descriptor; returns the failure it must suffer, or 0.
+int faultOf(Call call, std::optional<Owner> owner)
+{
+    if (!watch.failing || !owner) {
+        return 0;
+    }
+    const size_t number = ++watch.seen;
+    if (number == watch.failing + 1) {
+        watch.retried = watch.row && watch.row->call == call && watch.row->owner == *owner;
+    }
+    if (number != watch.failing) {
+        return 0;
+    }
+    watch.failedPhase = watch.phase;
+    size_t variant = watch.variant;
+    for (const Row& row : rows) {
+        if (watch.phase != "next" && row.call == call && row.owner == *owner && variant-- == 0) {
+            watch.row = &row;
+            return row.failure;
+        }
+    }
+    return 0;
+}
+
+int fail(int error)
+{
+    errno = error;
+    return -1;
+}
+
+} // namespace
+
+extern "C" {
+
+int __wrap_socket(int domain, int type, int protocol)
+{
+    const Owner owner = (type & 0xf) == SOCK_STREAM ? Link : LogWriter;
+    if (const int failure = faultOf(Socket, owner)) {
+        return fail(failure);
+    }
+    const int fd = __real_socket(domain, type, protocol);
+    if (watch.failing && fd >= 0) {
+        watch.owners[fd] = owner;
+    }
+    return fd;
+}
+
+int __wrap_connect(int fd, const sockaddr* address, socklen_t length)
+{
+    const std::optional<Owner> owner = ownerOf(fd);
+    if (const int failure = faultOf(Connect, owner)) {
+        return fail(failure);
+    }
+    const int result = __real_connect(fd, address, length);
+    if (result == 0 && owner == Link) {
+        watch.shutdowns[fd] = 0;
+    }
+    return result;
+}
+
+ssize_t __wrap_read(int fd, void* data, size_t size)
+{
+    const int failure = faultOf(Read, ownerOf(fd));
+    if (failure == shortTransfer) {
+        return __real_read(fd, data, 1);
+    }
+    return failure == nothingTransferred ? 0 : failure ? fail(failure) : __real_read(fd, data, size);
+}
+
+ssize_t __wrap_write(int fd, const void* data, size_t size)
+{
+    const int failure = faultOf(Write, ownerOf(fd));
+    if (failure == shortTransfer) {
+        return __real_write(fd, data, size / 2 + 1);
+    }
+    return failure == nothingTransferred ? 0 : failure ? fail(failure) : __real_write(fd, data, size);
+}
+
+ssize_t __wrap_writev(int fd, const iovec* vector, int count)
+{
+    const int failure = faultOf(Writev, ownerOf(fd));
+    return failure ? fail(failure) : __real_writev(fd, vector, count);
+}
+
+int __wrap_shutdown(int fd, int how)
+{
+    const auto link = watch.shutdowns.find(fd);
+    if (link != watch.shutdowns.end()) {
+        ++link->second;
+    }
+    const int failure = faultOf(Shutdown, ownerOf(fd));
+    return failure ? fail(failure) : __real_shutdown(fd, how);
+}
+
+// As on Linux, a close that reports a failure has released the descriptor all the same.
+int __wrap_close(int fd)
+{
+    const int failure = faultOf(Close, ownerOf(fd));
+    const auto link = watch.shutdowns.find(fd);
+    if (link != watch.shutdowns.end() && link->second != 1) {
+        problem("a link was closed after " + std::to_string(link->second) + " shutdowns");
+    }
+    watch.shutdowns.erase(fd);
+    watch.owners.erase(fd);
+    const int result = __real_close(fd);
+    return failure ? fail(failure) : result;
+}
+
+} // extern "C"
+
+namespace {
+
+std::string expectedResults(const Row& row, const std::string& phase, const std::string& path)
+{
+    if (row.expect == Refused) {
+        const std::string where = row.call == Connect ? "Unable to connect to " + path + " " : "";
+        return "connect=Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): " +
+               where + "{" + errnoText(row.failure) + "}} ";
+    }
+    const bool fails = row.expect == Closed || row.expect == IoError;
+    const std::string text = row.expect == Closed ? closedByDistantText : ioErrorText(row.failure);
+    if (fails && phase == "set") {
+        return "connect=Success set=" + text + " disconnect=Success ";
+    }
+    return "connect=Success set=Success get=" + (fails && phase == "get" ? text : "Success") +
+           " disconnect=Success ";
+}
+
+// One session (connect, setAudioDelayMargin(40), getAudioTimestamps,
+// disconnect) whose call number `failing` fails as the `variant`-th row for
+// that call says, then a second session and one record of our own. Returns
+// the exit status for the parent; what went wrong is on standard error.
+int runCase(const std::string& path, bool logDaemon, size_t failing, size_t variant)
+{
+    const std::unique_ptr<LogReceiver> receiver(logDaemon ? new LogReceiver(AKVO_TEST_LOGDW_PATH) : nullptr);
+    const int descriptors = openDescriptorCount();
+    watch.failing = failing;
+    watch.variant = variant;
+    LipSyncNtpTimestamps fetched = untouchedTimestamps;
+    std::string results;
+    // The destructor of a disconnected Service logs a line too.
+    int records = 1;
+    {
+        Service service;
+        const auto run = [&](const char* name, const std::function<Service::ServiceResult()>& call) {
+            watch.phase = name;
+            ++records;
+            const std::string result = call().format();
+            results += watch.phase + "=" + result + " ";
+            return result == "Success";
+        };
+        if (run("connect", [&] { return service.connect(path); })) {
+            if (run("set", [&] { return service.setAudioDelayMargin(40); })) {
+                run("get", [&] { return service.getAudioTimestamps(fetched); });
+            }
+            run("disconnect", [&] { return service.disconnect(); });
+        }
+        watch.phase = "next";
+        LipSyncNtpTimestamps again = untouchedTimestamps;
+        std::string next;
+        for (const std::string& result :
+             {service.connect(path).format(), service.getAudioTimestamps(again).format(),
+              service.disconnect().format()}) {
+            next += result;
+        }
+        records += 3;
+        if (next != "SuccessSuccessSuccess" || !sameTimestamps(fixedTimestamps, again)) {
+            problem("the next session gave " + next);
+        }
+    }
+    const int probe = __android_log_write(AKVO_LOG_INFO, "T", "m");
+    watch.failing = 0;
+    if (watch.failedPhase.empty() || watch.failedPhase == "next") {
+        return pastTheSession;
+    }
+    if (!watch.row) {
+        return noSuchVariant;
+    }
+
+    const Row& row = *watch.row;
+    if (results != expectedResults(row, watch.failedPhase, path)) {
+        problem("results " + results + "instead of " + expectedResults(row, watch.failedPhase, path));
+    }
+    const bool fetchedAll = results.find("get=Success") != std::string::npos;
+    if (!sameTimestamps(fetchedAll ? fixedTimestamps : untouchedTimestamps, fetched)) {
+        problem("getAudioTimestamps left other timestamps in the caller's record");
+    }
+    const bool retries = row.expect == Ok && (row.call == Read || row.call == Write);
+    if (row.owner == Link && watch.retried != retries) {
+        problem(watch.retried ? "the link tried the call again" : "the link did not carry on with the call");
+    }
+    const int expectedProbe = row.expect == WriterOff ? -1 : logDaemon ? 5 : -ENOENT;
+    if (probe != expectedProbe) {
+        problem("a record after the session returned " + std::to_string(probe));
+    }
+    const int logSockets = logDaemon && row.expect != WriterOff ? 1 : 0;
+    if (openDescriptorCount() != descriptors + logSockets) {
+        problem(std::to_string(openDescriptorCount() - descriptors) + " more descriptors after the session");
+    }
+    if (receiver) {
+        const size_t sent = row.expect == WriterOff ? 0 : records + 1 - (row.expect == RecordLost ? 1 : 0);
+        const size_t received = receiver->drain().size();
+        if (received != sent) {
+            problem("the log daemon received " + std::to_string(received) + " of " + std::to_string(sent));
+        }
+    }
+    return firstRowStatus + static_cast<int>(watch.row - rows);
+}
+
+// Runs `body` in a fork, so that the static state it changes (log writer, receive buffer) is gone afterwards,
+// and returns the wait status; a child runs a leak check under AddressSanitizer and is killed after 20 s.
+int runInChild(const std::function<int()>& body, std::string& errors)
+{
+    StderrCapture capture;
+    const pid_t pid = fork();
+    if (pid == 0) {
+        const int status = body();
+        if (__lsan_do_leak_check) {
+            __lsan_do_leak_check();
+        }
+        _exit(status);
+    }
+    int status = -1;
+    for (int waited = 0; pid > 0 && waitpid(pid, &status, WNOHANG) == 0; ++waited) {
+        if (waited == 20000) {
+            kill(pid, SIGKILL);
+        }
+        usleep(1000);
+    }
+    errors = capture.text();
+    return status;
+}
+
+// Every wrapped call of a session fails once, in every way the table lists
+// for it, each time in a fresh child, with and without a log daemon.
+TEST(SyscallFaultSweep, EveryCallOfASessionFailsInEveryWayOnce)
+{
+    std::set<int> applied;
+    for (const bool logDaemon : {false, true}) {
+        unlink(AKVO_TEST_LOGDW_PATH);
+        SimulatorProcess simulator({"--fixed"});
+        const int descriptors = openDescriptorCount();
+        bool past = false;
+        for (size_t failing = 1; !past; ++failing) {
+            for (size_t variant = 0;; ++variant) {
+                std::string errors;
+                const int status = runInChild(
+                    [&] { return runCase(simulator.socketPath(), logDaemon, failing, variant); }, errors);
+                const int row = WIFEXITED(status) ? WEXITSTATUS(status) - firstRowStatus : -1;
+                past = row == pastTheSession - firstRowStatus;
+                if (past || row == noSuchVariant - firstRowStatus) {
+                    break;
+                }
+                const std::string what = "call " + std::to_string(failing) +
+                                         (logDaemon ? " with" : " without") + " a log daemon as row " +
+                                         std::to_string(row) + ", wait status " + std::to_string(status) +
+                                         ":\n" + errors;
+                ASSERT_TRUE(row >= 0 && row < static_cast<int>(std::size(rows))) << what;
+                EXPECT_EQ(std::string::npos, errors.find("problem: ")) << what;
+                applied.insert(row);
+            }
+        }
+        EXPECT_EQ(descriptors, openDescriptorCount());
+    }
+    EXPECT_EQ(std::size(rows), applied.size());
+    EXPECT_NE(0, access(AKVO_TEST_LOGDW_PATH, F_OK)) << "a child left its log receiver behind";
+}
 
 } // namespace
