@@ -1,39 +1,102 @@
 #ifndef AKVO_TESTS_COMMS_SOCKETS_H
 #define AKVO_TESTS_COMMS_SOCKETS_H
 
-#include <csignal>
-#include <cstddef>
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
 
 namespace akvo {
 namespace test {
 
-// Closes the descriptor it holds unless release() handed it to a Link.
-class UniqueFd
+// Closes its descriptor unless release() handed it to a Link.
+struct UniqueFd
 {
-public:
-    explicit UniqueFd(int fd = -1) : _fd(fd) {}
-    UniqueFd(UniqueFd&& other) noexcept : _fd(other.release()) {}
-    UniqueFd& operator=(UniqueFd&& other) noexcept;
+    explicit UniqueFd(int value = -1) : fd(value) {}
+    UniqueFd(UniqueFd&& other) noexcept : fd(other.release()) {}
     ~UniqueFd() { reset(); }
 
-    int get() const { return _fd; }
-    int release();
-    void reset();
+    int get() const { return fd; }
+    int release() { return std::exchange(fd, -1); }
+    void reset()
+    {
+        if (fd >= 0) {
+            ::close(release());
+        }
+    }
 
-private:
-    int _fd;
+    int fd;
 };
 
-enum class Transport
+// A fresh directory for socket names, so that parallel test binaries never collide.
+struct TempDir
 {
-    SocketPair,
-    Unix,
-    Tcp
+    TempDir() : path("/tmp/akvo-comms-XXXXXX") { mkdtemp(&path[0]); }
+    ~TempDir()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+
+    std::string file(const std::string& name) const { return path + "/" + name; }
+
+    std::string path;
 };
 
-const char* transportName(Transport transport);
+// A new socket connected to the address `listener` is bound to.
+inline UniqueFd connectTo(int listener)
+{
+    sockaddr_storage address{};
+    socklen_t length = sizeof(address);
+    getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+    UniqueFd fd(socket(address.ss_family, SOCK_STREAM, 0));
+    connect(fd.get(), reinterpret_cast<sockaddr*>(&address), length);
+    return fd;
+}
+
+// The whole sun_path is filled from `path` (a name of 108 bytes has no terminator).
+inline UniqueFd listenUnix(const std::string& path)
+{
+    UniqueFd fd(socket(AF_UNIX, SOCK_STREAM, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path)));
+    bind(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address));
+    listen(fd.get(), 128);
+    return fd;
+}
+
+// A loopback port of the system's choice; one that is bound but not listening refuses connections.
+inline UniqueFd tcpPort(uint16_t& port, bool listening)
+{
+    UniqueFd fd(socket(AF_INET, SOCK_STREAM, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    bind(fd.get(), reinterpret_cast<sockaddr*>(&address), length);
+    getsockname(fd.get(), reinterpret_cast<sockaddr*>(&address), &length);
+    if (listening) {
+        listen(fd.get(), 128);
+    }
+    port = ntohs(address.sin_port);
+    return fd;
+}
+
+inline UniqueFd acceptOne(int listener)
+{
+    return UniqueFd(accept(listener, nullptr, nullptr));
+}
 
 struct ConnectedPair
 {
@@ -41,42 +104,61 @@ struct ConnectedPair
     UniqueFd peer;
 };
 
-// `unixPath` is used only for Transport::Unix; the listener is gone once the
-// pair is returned.
-ConnectedPair connectedPair(Transport transport, const std::string& unixPath);
-
-// Both bind with the whole sun_path filled from `path` (cut at 108 bytes; a
-// name of exactly 108 bytes carries no terminator) and the full address size.
-UniqueFd bindUnix(const std::string& path);
-UniqueFd listenUnix(const std::string& path);
-UniqueFd listenTcp(uint16_t& port);
-// A bound TCP port that does not listen, so connecting to it is refused.
-UniqueFd reservedTcpPort(uint16_t& port);
-UniqueFd acceptOne(int listener);
-UniqueFd unconnectedSocket(int domain);
-
-void writeAll(int fd, const std::string& bytes);
-std::string readExactly(int fd, std::size_t size);
-// Bytes queued for reading on `fd`.
-std::size_t pendingBytes(int fd);
-// Waits up to five seconds for `fd` to become readable or to report an error.
-bool waitReadable(int fd);
-bool isOpen(int fd);
-
-// Ignores SIGPIPE while alive, so that writes to a vanished peer fail with
-// EPIPE instead of killing the test process.
-class SigpipeIgnored
+// `kind` is "SocketPair", "Unix" (listening at `unixPath`) or "Tcp".
+inline ConnectedPair connectedPair(const std::string& kind, const std::string& unixPath = "")
 {
-public:
-    SigpipeIgnored();
-    ~SigpipeIgnored();
+    if (kind == "SocketPair") {
+        int fds[2];
+        socketpair(AF_UNIX, SOCK_STREAM, 0, fds);
+        return {UniqueFd(fds[0]), UniqueFd(fds[1])};
+    }
+    uint16_t port = 0;
+    UniqueFd listener = kind == "Unix" ? listenUnix(unixPath) : tcpPort(port, true);
+    UniqueFd local = connectTo(listener.get());
+    return {std::move(local), acceptOne(listener.get())};
+}
 
-    SigpipeIgnored(const SigpipeIgnored&) = delete;
-    SigpipeIgnored& operator=(const SigpipeIgnored&) = delete;
+// A blocking stream socket takes the whole buffer in one call.
+inline void writeAll(int fd, const std::string& bytes)
+{
+    EXPECT_EQ(static_cast<ssize_t>(bytes.size()), write(fd, bytes.data(), bytes.size()));
+}
 
-private:
-    struct sigaction _previous;
-};
+// Stops early at the end of the stream.
+inline std::string readExactly(int fd, std::size_t size)
+{
+    std::string bytes(size, '\0');
+    std::size_t done = 0;
+    for (ssize_t count = 1; done < size && count > 0; done += static_cast<std::size_t>(count)) {
+        count = std::max<ssize_t>(0, read(fd, &bytes[done], size - done));
+    }
+    bytes.resize(done);
+    return bytes;
+}
+
+// Bytes queued for reading on `fd`.
+inline std::size_t pendingBytes(int fd)
+{
+    int count = 0;
+    ioctl(fd, FIONREAD, &count);
+    return static_cast<std::size_t>(count);
+}
+
+// The rendering of a failed Result<ErrnoTrait> built from `error`.
+inline std::string errnoText(int error)
+{
+    return std::string(std::strerror(error)) + " (Code " + std::to_string(error) + ")";
+}
+
+// Text made of letters in an order that shifts, so that lost or repeated pieces show.
+inline std::string letters(std::size_t size)
+{
+    std::string text(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<char>('a' + (i * 7 + i / 26) % 26);
+    }
+    return text;
+}
 
 } // namespace test
 } // namespace akvo
