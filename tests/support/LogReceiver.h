@@ -1,12 +1,18 @@
 #ifndef AKVO_TESTS_SUPPORT_LOGRECEIVER_H
 #define AKVO_TESTS_SUPPORT_LOGRECEIVER_H
 
-#include "LogRecord.h"
+#include "RecordDecoder.h"
+
+#include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdint>
+#include <cstring>
 #include <optional>
+#include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 #include <vector>
 
 namespace akvo {
@@ -14,25 +20,71 @@ namespace test {
 
 using velmo::kvo::logcat::LogRecord;
 
-// Stands in for the log daemon: a datagram socket bound at `path` (normally
-// AKVO_TEST_LOGDW_PATH), removed again on destruction. The log writer keeps
-// the socket it connected first, so a receiver should be in place before the
-// process writes its first record.
+// Stands in for the log daemon: a datagram socket bound at `path`, removed
+// again on destruction. The log writer keeps the socket it connected first,
+// so a receiver should be in place before the process writes its first record.
 class LogReceiver
 {
 public:
-    explicit LogReceiver(const std::string& path);
-    ~LogReceiver();
+    explicit LogReceiver(const std::string& path)
+        : _path(path), _fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+        unlink(path.c_str());
+        if (bind(_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+            ADD_FAILURE() << "cannot bind a log receiver at " << path << ": " << std::strerror(errno);
+        }
+    }
+
+    ~LogReceiver()
+    {
+        close(_fd);
+        unlink(_path.c_str());
+    }
 
     // The next datagram as it arrived, or nothing after `timeout`.
     std::optional<std::vector<uint8_t>>
-    nextDatagram(std::chrono::milliseconds timeout = std::chrono::seconds(5));
+    nextDatagram(std::chrono::milliseconds timeout = std::chrono::seconds(5))
+    {
+        pollfd entry = {_fd, POLLIN, 0};
+        std::vector<uint8_t> datagram(65536);
+        const ssize_t size = poll(&entry, 1, static_cast<int>(timeout.count())) == 1
+                                 ? recv(_fd, datagram.data(), datagram.size(), MSG_DONTWAIT)
+                                 : -1;
+        if (size < 0) {
+            return std::nullopt;
+        }
+        datagram.resize(static_cast<size_t>(size));
+        return datagram;
+    }
 
     // The next datagram decoded; a datagram that is not a record fails the test.
-    std::optional<LogRecord> nextRecord(std::chrono::milliseconds timeout = std::chrono::seconds(5));
+    std::optional<LogRecord> nextRecord(std::chrono::milliseconds timeout = std::chrono::seconds(5))
+    {
+        const std::optional<std::vector<uint8_t>> datagram = nextDatagram(timeout);
+        LogRecord record;
+        std::string error;
+        if (!datagram) {
+            return std::nullopt;
+        }
+        if (velmo::kvo::logcat::decodeRecord(datagram->data(), datagram->size(), record, error)) {
+            return record;
+        }
+        ADD_FAILURE() << "the log receiver got a datagram that is not a record: " << error;
+        return std::nullopt;
+    }
 
     // Every record that has already arrived.
-    std::vector<LogRecord> drain();
+    std::vector<LogRecord> drain()
+    {
+        std::vector<LogRecord> records;
+        while (std::optional<LogRecord> record = nextRecord(std::chrono::milliseconds(0))) {
+            records.push_back(*record);
+        }
+        return records;
+    }
 
     LogReceiver(const LogReceiver&) = delete;
     LogReceiver& operator=(const LogReceiver&) = delete;
@@ -43,7 +95,7 @@ private:
 };
 
 #ifdef AKVO_TEST_LOGDW_PATH
-// The receiver of the test binary's own log writer: bound on first use and
+// The receiver of the test binary's own log writer, bound on first use and
 // kept for the life of the process, since the writer connects only once.
 inline LogReceiver& processLogReceiver()
 {

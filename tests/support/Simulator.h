@@ -4,6 +4,7 @@
 #include <csignal>
 #include <string>
 #include <sys/types.h>
+#include <unistd.h>
 #include <vector>
 
 namespace akvo {
@@ -13,61 +14,55 @@ namespace test {
 const char* simulatorExecutable();
 
 // The engine simulator as a child process, serving on a socket in a fresh
-// temporary folder. Construction returns once the simulator said it listens,
-// and throws (failing the test) if it does not within 10 s; its standard
-// error goes to a file in that folder (see errorOutput).
+// temporary folder or on a path of the caller's choosing. Construction returns
+// once the simulator said it listens, or fails the test after 10 s.
 class SimulatorProcess
 {
 public:
-    explicit SimulatorProcess(const std::vector<std::string>& extraArgs = {});
-    // Serves on a path of the caller's choosing instead.
+    explicit SimulatorProcess(const std::vector<std::string>& extraArgs = {})
+        : SimulatorProcess("", extraArgs)
+    {
+    }
     SimulatorProcess(const std::string& socketPath, const std::vector<std::string>& extraArgs);
-    // Stops the process with SIGTERM (SIGKILL if it lingers), then removes the folder.
     ~SimulatorProcess();
     SimulatorProcess(const SimulatorProcess&) = delete;
     SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
-    const std::string& socketPath() const;
-    pid_t pid() const;
-    // Sends `signal`, waits for the process and returns its wait status; the destructor then only cleans up.
+    const std::string& socketPath() const { return _socketPath; }
+    pid_t pid() const { return _pid; }
+    // Sends `signal` (SIGKILL after 10 s) and returns the wait status; the destructor then only cleans up.
     int stop(int signal = SIGTERM);
     // What the simulator wrote on standard error so far.
     std::string errorOutput() const;
 
 private:
-    void start(const std::vector<std::string>& extraArgs);
-
     std::string _folder;
     std::string _socketPath;
-    bool _ownSocketPath;
+    int _errorFd;
     pid_t _pid = -1;
 };
 
-// A plain client socket for talking bytes to a server, with guards (10 s)
-// so that a server that never answers fails the test instead of hanging it.
+// A client socket for talking bytes to a server; each read waits at most 10 s.
 class RawClient
 {
 public:
     explicit RawClient(const std::string& socketPath);
-    ~RawClient();
+    ~RawClient() { close(_fd); }
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
-    bool connected() const { return _fd >= 0; }
     int fd() const { return _fd; }
     bool write(const std::string& bytes);
     // Reads until a whole message (the text before "\n\n") is there; false on end of stream or error.
     bool readMessage(std::string& message);
-    // Reads until the server closes; returns what arrived besides the messages already read.
+    // Reads until the server closes (failing the test if it does not); returns
+    // what arrived besides the messages already read.
     std::string readUntilClosed();
-    // True once the server was seen closing the connection.
-    bool closedByPeer() const { return _closedByPeer; }
-    void close();
 
 private:
     bool readMore();
 
-    int _fd = -1;
+    int _fd;
     std::string _buffer;
     bool _closedByPeer = false;
 };

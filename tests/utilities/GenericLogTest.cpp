@@ -1,31 +1,27 @@
 #include "velmo/utilities/log/GenericLog.h"
 #include "LogReceiver.h"
 #include "StderrCapture.h"
+#include "velmo/kvo/log/AndroidLog.h"
 #include "velmo/utilities/log/Assertion.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <string>
 #include <thread>
 #include <unistd.h>
 
-using akvo::test::LogReceiver;
 using akvo::test::processLogReceiver;
-using akvo::test::StderrCapture;
 using velmo::utilities::Log;
 using velmo::utilities::details::Level;
 
 namespace {
 
-void expectRecord(LogReceiver& receiver, int priority, const std::string& tag, const std::string& message)
+void expectRecord(int priority, const std::string& tag, const std::string& message)
 {
-    const auto record = receiver.nextRecord();
+    const auto record = processLogReceiver().nextRecord();
     ASSERT_TRUE(record);
     EXPECT_EQ(0, record->logId);
     EXPECT_EQ(priority, record->priority);
@@ -33,198 +29,69 @@ void expectRecord(LogReceiver& receiver, int priority, const std::string& tag, c
     EXPECT_EQ(message, record->message);
 }
 
-// Writes a marker record: the next record received after an action that
-// should have logged nothing must be this one.
-void expectNothingLoggedBefore(LogReceiver& receiver)
+TEST(GenericLog, StreamedPercentDirectivesStayLiteralOnBothSinks)
 {
-    __android_log_write(4, "MARK", "after");
-    expectRecord(receiver, 4, "MARK", "after");
+    processLogReceiver();
+    akvo::test::StderrCapture stderrCapture;
+    Log::Stream<Level::Info>("AKVOLIPSYNCAPI") << "100%d %s";
+    EXPECT_EQ("I/AKVOLIPSYNCAPI 100%d %s\n", stderrCapture.text());
+    expectRecord(4, "AKVOLIPSYNCAPI", "100%d %s");
 }
 
-TEST(GenericLog, InfoGoesToTheAndroidLogAndStandardError)
+TEST(GenericLog, EmptyStreamAndHoldingAssertionEmitNothing)
 {
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Info> stream("AKVOLIPSYNCAPI");
-        stream << "connect " << 3;
-    }
-    EXPECT_EQ("I/AKVOLIPSYNCAPI connect 3\n", stderrCapture.text());
-    expectRecord(receiver, 4, "AKVOLIPSYNCAPI", "connect 3");
-}
-
-TEST(GenericLog, FatalUsesPriority7AndTheLetterF)
-{
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Fatal> stream("VELMO");
-        stream << "bad";
-    }
-    EXPECT_EQ("F/VELMO bad\n", stderrCapture.text());
-    expectRecord(receiver, 7, "VELMO", "bad");
-}
-
-TEST(GenericLog, LogFormatsLikePrintf)
-{
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Info> stream("T");
-        stream.log("%d-%s", 5, "x");
-    }
-    EXPECT_EQ("I/T 5-x\n", stderrCapture.text());
-    expectRecord(receiver, 4, "T", "5-x");
-    expectNothingLoggedBefore(receiver);
-}
-
-TEST(GenericLog, StreamedPercentDirectivesStayLiteral)
-{
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Info> stream("T");
-        stream << "100%d %s";
-    }
-    EXPECT_EQ("I/T 100%d %s\n", stderrCapture.text());
-    expectRecord(receiver, 4, "T", "100%d %s");
-}
-
-TEST(GenericLog, EmptyStreamEmitsNothing)
-{
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Info> stream("T");
-    }
+    processLogReceiver();
+    akvo::test::StderrCapture stderrCapture;
+    Log::Stream<Level::Info>("T");
+    velmo::utilities::assertThat(true, "comms/src/Link:1: Assertion true failed: never");
     EXPECT_EQ("", stderrCapture.text());
-    expectNothingLoggedBefore(receiver);
-}
-
-TEST(GenericLog, OnlyTheAndroidCopyIsCutToTheFormatBuffer)
-{
-    LogReceiver& receiver = processLogReceiver();
-    const std::string text(2000, 'a');
-    StderrCapture stderrCapture;
-    {
-        Log::Stream<Level::Info> stream("T");
-        stream << text;
-    }
-    EXPECT_EQ("I/T " + text + "\n", stderrCapture.text());
-    expectRecord(receiver, 4, "T", text.substr(0, 1023));
+    // Nothing may arrive before this marker.
+    __android_log_write(4, "MARK", "after");
+    expectRecord(4, "MARK", "after");
 }
 
 // Standard error goes to a pipe that is already full, so the logging thread
-// blocks on its first write there; the Android record must have been sent
-// by then.
-class FullStderrPipe
-{
-public:
-    FullStderrPipe() : _savedFd(dup(STDERR_FILENO))
-    {
-        EXPECT_EQ(0, pipe2(_pipe, O_CLOEXEC));
-        fcntl(_pipe[1], F_SETFL, O_NONBLOCK);
-        while (write(_pipe[1], "x", 1) == 1) {
-            ++_fillerSize;
-        }
-        fcntl(_pipe[1], F_SETFL, 0);
-        dup2(_pipe[1], STDERR_FILENO);
-    }
-
-    ~FullStderrPipe()
-    {
-        dup2(_savedFd, STDERR_FILENO);
-        close(_savedFd);
-        close(_pipe[0]);
-        close(_pipe[1]);
-    }
-
-    // Empties the pipe until `done` is set, then returns what followed the filler.
-    std::string drainUntil(const std::atomic<bool>& done)
-    {
-        std::string text;
-        char buffer[4096];
-        pollfd entry = {_pipe[0], POLLIN, 0};
-        while (poll(&entry, 1, 10) == 1 || !done) {
-            if (entry.revents & POLLIN) {
-                const ssize_t count = read(_pipe[0], buffer, sizeof(buffer));
-                text.append(buffer, static_cast<size_t>(count > 0 ? count : 0));
-            }
-        }
-        return text.substr(std::min(text.size(), _fillerSize));
-    }
-
-private:
-    int _savedFd;
-    int _pipe[2];
-    size_t _fillerSize = 0;
-};
-
+// blocks on its first write there: the Android record must have been sent by then.
 TEST(GenericLog, WritesTheAndroidRecordBeforeTheStandardErrorLine)
 {
-    LogReceiver& receiver = processLogReceiver();
-    FullStderrPipe stderrPipe;
-    std::atomic<bool> done{false};
-    std::thread logging([&done] {
-        {
-            Log::Stream<Level::Info> stream("T");
-            stream << "order";
-        }
-        done = true;
-    });
+    akvo::test::LogReceiver& receiver = processLogReceiver();
+    int pipeFds[2];
+    ASSERT_EQ(0, pipe2(pipeFds, O_CLOEXEC | O_NONBLOCK));
+    std::string filler(static_cast<size_t>(fcntl(pipeFds[1], F_GETPIPE_SZ)), 'x');
+    ASSERT_EQ(static_cast<ssize_t>(filler.size()), write(pipeFds[1], filler.data(), filler.size()));
+    fcntl(pipeFds[1], F_SETFL, 0);
+    const int savedStderr = dup(STDERR_FILENO);
+    dup2(pipeFds[1], STDERR_FILENO);
+    std::thread logging([] { Log::Stream<Level::Info>("T") << "order"; });
 
     const auto record = receiver.nextRecord();
-    const std::string line = stderrPipe.drainUntil(done);
+    for (size_t drained = 0; drained < filler.size();) {
+        drained +=
+            static_cast<size_t>(std::max<ssize_t>(0, read(pipeFds[0], &filler[0], filler.size() - drained)));
+    }
     logging.join();
+    dup2(savedStderr, STDERR_FILENO);
+    char line[64];
+    const ssize_t size = read(pipeFds[0], line, sizeof(line));
+    close(savedStderr);
+    close(pipeFds[0]);
+    close(pipeFds[1]);
 
     ASSERT_TRUE(record) << "no Android record while standard error was blocked";
     EXPECT_EQ("order", record->message);
-    EXPECT_EQ("I/T order\n", line);
+    EXPECT_EQ("I/T order\n", std::string(line, static_cast<size_t>(std::max<ssize_t>(0, size))));
 }
 
-TEST(Assertion, ThatHoldsLogsNothing)
-{
-    LogReceiver& receiver = processLogReceiver();
-    StderrCapture stderrCapture;
-    velmo::utilities::assertThat(true, "comms/src/Link:1: Assertion true failed: never");
-    EXPECT_EQ("", stderrCapture.text());
-    expectNothingLoggedBefore(receiver);
-}
-
-struct FailureCase
-{
-    const char* name;
-    void (*fail)();
-};
-
-class FailedAssertion : public ::testing::TestWithParam<FailureCase>
-{
-};
-
-TEST_P(FailedAssertion, LogsTheFatalLineThenAborts)
+TEST(Assertion, FailedLogsTheFatalLineThenAborts)
 {
     // Bound before the child is forked, so the child's record comes here.
-    LogReceiver& receiver = processLogReceiver();
+    processLogReceiver();
     GTEST_FLAG_SET(death_test_style, "fast");
-
-    EXPECT_EXIT(GetParam().fail(), ::testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(velmo::utilities::assertThat(
+                    false, "comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket"),
+                ::testing::KilledBySignal(SIGABRT),
                 "^F/VELMO comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket\n$");
-    expectRecord(receiver, 7, "VELMO", "comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket");
+    expectRecord(7, "VELMO", "comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket");
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Sites, FailedAssertion,
-    ::testing::Values(FailureCase{"failAssertion",
-                                  [] {
-                                      velmo::utilities::failAssertion(
-                                          "comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket");
-                                  }},
-                      FailureCase{"assertThat",
-                                  [] {
-                                      velmo::utilities::assertThat(
-                                          false,
-                                          "comms/src/Link:42: Assertion fdLinkSocket > 0 failed: no socket");
-                                  }}),
-    [](const ::testing::TestParamInfo<FailureCase>& info) { return std::string(info.param.name); });
 
 } // namespace

@@ -6,7 +6,7 @@
 #include <climits>
 #include <cstring>
 #include <functional>
-#include <set>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,63 +16,37 @@ using velmo::utilities::result::Result;
 
 namespace {
 
-const char* const invalidText = "Invalid error (Unreachable)";
+// The texts of the service, peer and protocol families that the cases use.
+const char* textOf(int32_t code)
+{
+    static const std::map<int32_t, const char*> texts = {
+        {1000, "Success"},        {5900, "Success"},
+        {40000, "Success"},       {1003, "Bad state"},
+        {5902, "Protocol error"}, {1005, "An error has occured in the transport layer"},
+        {40003, "Link error"},    {40004, "Protocol is closed."}};
+    const auto text = texts.find(code);
+    return text != texts.end() ? text->second : "Invalid error (Unreachable)";
+}
 
-// Three families shaped like the library's transport, command and service
-// layers, with their code blocks and texts.
-struct ProtocolTrait
+template <int32_t Success>
+struct Family
 {
     enum ResultCode : int32_t
     {
-        Success = 40000,
-        LinkError = 40003,
-        Closed = 40004
+        successCode = Success
     };
-    static constexpr ResultCode successCode = Success;
-    static const char* toString(ResultCode code)
-    {
-        return code == Success     ? "Success"
-               : code == LinkError ? "Link error"
-               : code == Closed    ? "Protocol is closed."
-                                   : invalidText;
-    }
+    static const char* toString(ResultCode code) { return textOf(code); }
 };
 
-struct PeerTrait
+typedef Result<Family<1000>> ServiceResult;
+typedef Result<Family<5900>> PeerResult;
+typedef Result<Family<40000>> ProtocolResult;
+
+template <class R>
+R make(int32_t code)
 {
-    enum ResultCode : int32_t
-    {
-        Success = 5900,
-        ProtocolError = 5902
-    };
-    static constexpr ResultCode successCode = Success;
-    static const char* toString(ResultCode code)
-    {
-        return code == Success ? "Success" : code == ProtocolError ? "Protocol error" : invalidText;
-    }
-};
-
-struct ServiceTrait
-{
-    enum ResultCode : int32_t
-    {
-        Success = 1000,
-        BadState = 1003,
-        TransportError = 1005
-    };
-    static constexpr ResultCode successCode = Success;
-    static const char* toString(ResultCode code)
-    {
-        return code == Success          ? "Success"
-               : code == BadState       ? "Bad state"
-               : code == TransportError ? "An error has occured in the transport layer"
-                                        : invalidText;
-    }
-};
-
-typedef Result<ProtocolTrait> ProtocolResult;
-typedef Result<PeerTrait> PeerResult;
-typedef Result<ServiceTrait> ServiceResult;
+    return R(static_cast<typename R::ResultCode>(code));
+}
 
 struct RenderingCase
 {
@@ -80,11 +54,6 @@ struct RenderingCase
     std::function<std::string()> render;
     std::string expected;
 };
-
-void PrintTo(const RenderingCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
 
 class Rendering : public ::testing::TestWithParam<RenderingCase>
 {
@@ -99,159 +68,86 @@ INSTANTIATE_TEST_SUITE_P(
     Results, Rendering,
     ::testing::Values(
         RenderingCase{"successIgnoresItsText",
-                      [] { return (ServiceResult(ServiceTrait::Success) << "ignored").format(); }, "Success"},
-        RenderingCase{"codeOnly", [] { return ServiceResult(ServiceTrait::BadState).format(); },
-                      "Bad state (Code 1003)"},
+                      [] { return (make<ServiceResult>(1000) << "ignored").format(); }, "Success"},
+        RenderingCase{"codeOnly", [] { return make<ServiceResult>(1003).format(); }, "Bad state (Code 1003)"},
         RenderingCase{
-            "mainMessage",
+            "piecesWithoutSeparator",
             [] {
-                return (ServiceResult(ServiceTrait::BadState) << "Not connected to the audio KVO").format();
+                return (make<ServiceResult>(1003) << "a" << std::string("b") << 'c' << ULLONG_MAX).format();
             },
-            "Bad state (Code 1003): Not connected to the audio KVO"},
-        RenderingCase{"piecesWithoutSeparator",
-                      [] {
-                          return (ServiceResult(ServiceTrait::BadState)
-                                  << "a" << std::string("b") << 'c' << 12ULL)
-                              .format();
-                      },
-                      "Bad state (Code 1003): abc12"},
+            "Bad state (Code 1003): abc18446744073709551615"},
         RenderingCase{
             "twoNestedJoined",
             [] {
-                return (PeerResult(PeerTrait::ProtocolError)
-                        << ProtocolResult(ProtocolTrait::LinkError) << ProtocolResult(ProtocolTrait::Closed))
+                return (make<PeerResult>(5902) << make<ProtocolResult>(40003) << make<ProtocolResult>(40004))
                     .format();
             },
             "Protocol error (Code 5902): {Link error (Code 40003) && Protocol is closed. (Code 40004)}"},
-        RenderingCase{"messageThenNested",
-                      [] {
-                          return (PeerResult(PeerTrait::ProtocolError)
-                                  << "while sending" << ProtocolResult(ProtocolTrait::LinkError))
-                              .format();
-                      },
-                      "Protocol error (Code 5902): while sending {Link error (Code 40003)}"},
         RenderingCase{
-            "nestedSuccessIsKept",
-            [] { return (PeerResult(PeerTrait::ProtocolError) << ProtocolResult::success()).format(); },
-            "Protocol error (Code 5902): {Success}"},
+            "messageThenNested",
+            [] { return (make<PeerResult>(5902) << "sending" << make<ProtocolResult>(40003)).format(); },
+            "Protocol error (Code 5902): sending {Link error (Code 40003)}"},
+        RenderingCase{"nestedSuccessIsKept",
+                      [] { return (make<PeerResult>(5902) << ProtocolResult::success()).format(); },
+                      "Protocol error (Code 5902): {Success}"},
         RenderingCase{
-            "chainedThreeLayers",
+            "chainedFailures",
             [] {
-                const PeerResult peer(ProtocolResult(ProtocolTrait::LinkError), PeerTrait::ProtocolError,
-                                      PeerTrait::Success);
-                return ServiceResult(peer, ServiceTrait::TransportError, ServiceTrait::Success).format();
+                const PeerResult peer(make<ProtocolResult>(40003), PeerResult::ResultCode(5902),
+                                      PeerResult::ResultCode(5900));
+                return ServiceResult(peer, ServiceResult::ResultCode(1005), ServiceResult::ResultCode(1000))
+                    .format();
             },
             "An error has occured in the transport layer (Code 1005): {Protocol error (Code 5902): {Link "
             "error (Code 40003)}}"},
-        RenderingCase{"unknownCode",
-                      [] { return ServiceResult(static_cast<ServiceTrait::ResultCode>(1099)).format(); },
+        RenderingCase{"unknownCode", [] { return make<ServiceResult>(1099).format(); },
                       "Invalid error (Unreachable) (Code 1099)"},
-        RenderingCase{"negativeCode",
-                      [] { return ServiceResult(static_cast<ServiceTrait::ResultCode>(-7)).format(); },
+        RenderingCase{"negativeCode", [] { return make<ServiceResult>(-7).format(); },
                       "Invalid error (Unreachable) (Code -7)"},
-        RenderingCase{"largestUnsignedLongLong",
-                      [] { return (ServiceResult(ServiceTrait::BadState) << ULLONG_MAX).getMainMessage(); },
-                      "18446744073709551615"},
-        RenderingCase{"charIsOneCharacter",
-                      [] { return (ServiceResult(ServiceTrait::BadState) << 'x').getMainMessage(); }, "x"},
-        RenderingCase{"nestedOnlyMainMessage",
-                      [] {
-                          return (PeerResult(PeerTrait::ProtocolError)
-                                  << ProtocolResult(ProtocolTrait::LinkError))
-                              .getMainMessage();
-                      },
-                      "{Link error (Code 40003)}"},
         RenderingCase{"trailingMessageLast",
                       [] {
-                          ServiceResult result = ServiceResult(ServiceTrait::BadState) << "main";
+                          ServiceResult result = make<ServiceResult>(1003) << "main";
                           result._trailingMessage = "!";
                           return result.format();
                       },
                       "Bad state (Code 1003): main!"},
-        RenderingCase{"trailingMessageWithoutMain",
-                      [] {
-                          ServiceResult result(ServiceTrait::BadState);
-                          result._trailingMessage = "!";
-                          return result.format();
-                      },
-                      "Bad state (Code 1003)!"},
-        RenderingCase{"errnoSuccess", [] { return Result<ErrnoTrait>(0).format(); }, "Success"},
-        RenderingCase{"errnoCode", [] { return Result<ErrnoTrait>(ECONNRESET).format(); },
+        RenderingCase{"errnoText", [] { return Result<ErrnoTrait>(ECONNRESET).format(); },
                       std::string(std::strerror(ECONNRESET)) + " (Code 104)"}),
     [](const ::testing::TestParamInfo<RenderingCase>& info) { return std::string(info.param.name); });
 
 TEST(ResultChaining, WithASuccessKeepsNothingOfTheLowerResult)
 {
-    const ProtocolResult lower = ProtocolResult(ProtocolTrait::Success) << "text";
-    const PeerResult result(lower, PeerTrait::ProtocolError, PeerTrait::Success);
-    EXPECT_EQ(PeerTrait::Success, result.getErrorCode());
-    EXPECT_TRUE(result.isSuccess());
-    EXPECT_EQ("", result._mainMessage);
-    EXPECT_EQ("", result._trailingMessage);
-    EXPECT_EQ("", result._nestedResults);
-}
-
-TEST(ResultChaining, WithAFailureTakesTheErrorCode)
-{
-    const PeerResult result(ProtocolResult(ProtocolTrait::Closed), PeerTrait::ProtocolError,
-                            PeerTrait::Success);
-    EXPECT_EQ(PeerTrait::ProtocolError, result.getErrorCode());
-    EXPECT_TRUE(result.isFailure());
-    EXPECT_EQ("", result._mainMessage);
-    EXPECT_EQ("Protocol is closed. (Code 40004)", result._nestedResults);
+    const PeerResult result(make<ProtocolResult>(40000) << "text", PeerResult::ResultCode(5902),
+                            PeerResult::ResultCode(5900));
+    EXPECT_EQ(5900, result.getErrorCode());
+    EXPECT_EQ("", result._mainMessage + result._trailingMessage + result._nestedResults);
 }
 
 // Each insertion works on the copy that the previous one returned.
 TEST(ResultStreaming, AChainAsAStatementLeavesOnlyItsFirstValue)
 {
-    ServiceResult result(ServiceTrait::BadState);
+    ServiceResult result = make<ServiceResult>(1003);
     result << "first"
-           << "second" << ProtocolResult(ProtocolTrait::LinkError);
-    EXPECT_EQ("first", result._mainMessage);
-    EXPECT_EQ("", result._nestedResults);
+           << "second" << make<ProtocolResult>(40003);
+    EXPECT_EQ("Bad state (Code 1003): first", result.format());
 }
 
-TEST(ResultAssignment, CopiesEverythingAndSurvivesSelfAssignment)
+TEST(ResultSuccess, IsOneSharedObjectAcrossThreads)
 {
-    ServiceResult source = ServiceResult(ServiceTrait::BadState)
-                           << "main" << ProtocolResult(ProtocolTrait::Closed);
-    source._trailingMessage = "!";
-    ServiceResult target(ServiceTrait::Success);
-    target = source;
-    EXPECT_EQ(source.format(), target.format());
-    EXPECT_EQ("Bad state (Code 1003): main {Protocol is closed. (Code 40004)}!", target.format());
-
-    ServiceResult& alias = target;
-    target = alias;
-    EXPECT_EQ(source.format(), target.format());
-}
-
-// A family used by no other test, so that the threads race for its first use.
-struct RacedTrait
-{
-    enum ResultCode : int32_t
-    {
-        Success = 7
-    };
-    static constexpr ResultCode successCode = Success;
-    static const char* toString(ResultCode) { return "Success"; }
-};
-
-TEST(ResultSuccess, IsOneSharedObjectBuiltOnceAcrossThreads)
-{
-    std::vector<const Result<RacedTrait>*> seen(8);
+    // A family of its own, so that the threads race for its first use.
+    typedef Result<Family<7>> RacedResult;
+    std::vector<const RacedResult*> seen(8);
     std::vector<std::thread> threads;
     for (auto& slot : seen) {
-        threads.emplace_back([&slot] { slot = &Result<RacedTrait>::success(); });
+        threads.emplace_back([&slot] { slot = &RacedResult::success(); });
     }
     for (auto& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(1u, std::set<const Result<RacedTrait>*>(seen.begin(), seen.end()).size());
-    EXPECT_EQ(seen[0], &Result<RacedTrait>::success());
-    EXPECT_TRUE(seen[0]->isSuccess());
-    EXPECT_EQ(RacedTrait::Success, seen[0]->getErrorCode());
-    EXPECT_EQ("", seen[0]->_mainMessage);
+    for (const RacedResult* result : seen) {
+        EXPECT_EQ(&RacedResult::success(), result);
+    }
+    EXPECT_EQ(7, seen[0]->getErrorCode());
 }
 
 } // namespace

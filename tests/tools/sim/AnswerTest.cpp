@@ -1,138 +1,187 @@
-#include "ProtocolText.h"
-#include "Simulator.h"
+#include "SimProtocol.h"
 
 #include <gtest/gtest.h>
 
-#include <time.h>
+#include <chrono>
+#include <memory>
 
 namespace akvo {
 namespace test {
 namespace {
 
-// Sends one framed request and returns the one answer message.
-std::string answerTo(RawClient& client, const std::string& request)
+const std::string notInCall = "The engine is not in a call";
+
+std::string getAudioTsFailure(const std::string& code, const std::string& message)
+{
+    return envelope + "<GetAudioTs_Answer><Result><ErrorCode>" + code + "</ErrorCode><Message>" + message +
+           "</Message></Result><LipSyncNtpTimestamps><capture_timestamp>0</capture_timestamp>"
+           "<rendering_timestamp>0</rendering_timestamp><receiving_timestamp>0</receiving_timestamp>"
+           "<jitter_buffer_depth>0</jitter_buffer_depth></LipSyncNtpTimestamps></GetAudioTs_Answer></AKVO>";
+}
+
+std::string fixedAnswerInVersion(const std::string& version)
+{
+    return R"(<?xml version="1.0" ?><AKVO version=")" + version + "\">" +
+           fixedGetAudioTsAnswer.substr(envelope.size());
+}
+
+struct ExchangeCase
+{
+    const char* name;
+    std::vector<std::string> args;
+    std::string request;
+    std::string expected;
+    int minimumMs;
+};
+
+class SimExchange : public ::testing::TestWithParam<ExchangeCase>
+{
+};
+
+TEST_P(SimExchange, SendsExactlyTheseBytes)
+{
+    SimulatorProcess sim(GetParam().args);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(GetParam().expected, serverReply(sim.socketPath(), framed(GetParam().request)));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(GetParam().minimumMs));
+}
+
+std::vector<std::string> fault(const std::string& rule)
+{
+    return {"--fixed", "--fault", "1:" + rule};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SimExchange,
+    ::testing::Values(
+        ExchangeCase{"fixedTimestamps", {"--fixed"}, getAudioTsRequest, framed(fixedGetAudioTsAnswer), 0},
+        ExchangeCase{
+            "delayAccepted", {"--fixed"}, setAudioDelayRequest("100"), framed(setAudioDelaySuccess), 0},
+        ExchangeCase{"delayNotAStep", {"--fixed"}, setAudioDelayRequest("30"), framed(delayRefused), 0},
+        ExchangeCase{"delayTooLarge", {"--fixed"}, setAudioDelayRequest("120"), framed(delayRefused), 0},
+        ExchangeCase{
+            "idleTimestamps", {"--idle"}, getAudioTsRequest, framed(getAudioTsFailure("1003", notInCall)), 0},
+        ExchangeCase{"idleDelay",
+                     {"--idle"},
+                     setAudioDelayRequest("40"),
+                     framed(setAudioDelayAnswer("1003", notInCall)),
+                     0},
+        ExchangeCase{"close", fault("close"), getAudioTsRequest, "", 0},
+        ExchangeCase{"closeAfter", fault("close-after:10"), getAudioTsRequest,
+                     framed(fixedGetAudioTsAnswer).substr(0, 10), 0},
+        // 421 bytes in 9 writes: 8 pauses.
+        ExchangeCase{"split", fault("split:50:20"), getAudioTsRequest, framed(fixedGetAudioTsAnswer), 160},
+        ExchangeCase{"double", fault("double"), setAudioDelayRequest("40"),
+                     framed(setAudioDelaySuccess) + framed(setAudioDelaySuccess), 0},
+        ExchangeCase{"version", fault("version:0.1.1"), getAudioTsRequest,
+                     framed(fixedAnswerInVersion("0.1.1")), 0},
+        ExchangeCase{"error", fault("error:1001:engine <busy> & cold"), setAudioDelayRequest("100"),
+                     framed(setAudioDelayAnswer("1001", "engine &lt;busy&gt; &amp; cold")), 0},
+        ExchangeCase{"garbage", fault("garbage"), getAudioTsRequest,
+                     framed("%%% engine garbage: this is not an XML document %%%"), 0},
+        ExchangeCase{"delay", fault("delay:200"), getAudioTsRequest, framed(fixedGetAudioTsAnswer), 200}),
+    [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
+
+// The number between <tag> and </tag>.
+uint64_t numberIn(const std::string& document, const std::string& tag)
+{
+    const size_t start = document.find("<" + tag + ">") + tag.size() + 2;
+    return std::stoull(document.substr(start, document.find("</" + tag + ">") - start));
+}
+
+uint64_t renderingLead(RawClient& client)
 {
     std::string answer;
-    EXPECT_TRUE(client.write(framed(request)));
-    EXPECT_TRUE(client.readMessage(answer)) << "no answer to " << request;
-    return answer;
-}
-
-TEST(SimAnswers, FixedGetAudioTsIsTheProtocolExample)
-{
-    SimulatorProcess sim({"--fixed"});
-    RawClient client(sim.socketPath());
-    ASSERT_TRUE(client.connected());
-    EXPECT_EQ(fixedGetAudioTsAnswer, answerTo(client, getAudioTsRequest));
-    // The same again: the first answer left no stray bytes behind it.
-    EXPECT_EQ(fixedGetAudioTsAnswer, answerTo(client, getAudioTsRequest));
-}
-
-struct DelayCase
-{
-    const char* delay;
-    bool accepted;
-};
-
-class SimSetAudioDelay : public ::testing::TestWithParam<DelayCase>
-{
-};
-
-TEST_P(SimSetAudioDelay, AcceptsStepsOfTwentyUpToAHundred)
-{
-    SimulatorProcess sim({"--fixed"});
-    RawClient client(sim.socketPath());
-    ASSERT_TRUE(client.connected());
-    EXPECT_EQ(GetParam().accepted ? setAudioDelaySuccess : delayRefused,
-              answerTo(client, setAudioDelayRequest(GetParam().delay)));
-    // The fixed timestamps ignore the margin.
-    EXPECT_EQ(fixedGetAudioTsAnswer, answerTo(client, getAudioTsRequest));
-}
-
-INSTANTIATE_TEST_SUITE_P(Delays, SimSetAudioDelay,
-                         ::testing::Values(DelayCase{"0", true}, DelayCase{"20", true}, DelayCase{"40", true},
-                                           DelayCase{"60", true}, DelayCase{"80", true},
-                                           DelayCase{"100", true}, DelayCase{"0x14", true},
-                                           DelayCase{"30", false}, DelayCase{"101", false},
-                                           DelayCase{"120", false}, DelayCase{"10", false},
-                                           DelayCase{"18446744073709551615", false}));
-
-TEST(SimAnswers, IdleEngineRefusesBothCommandsWithBadState)
-{
-    SimulatorProcess sim({"--idle"});
-    RawClient client(sim.socketPath());
-    ASSERT_TRUE(client.connected());
-    EXPECT_EQ(
-        R"(<?xml version="1.0" ?><AKVO version="0.1.0"><GetAudioTs_Answer><Result><ErrorCode>1003</ErrorCode>)"
-        R"(<Message>The engine is not in a call</Message></Result><LipSyncNtpTimestamps>)"
-        R"(<capture_timestamp>0</capture_timestamp><rendering_timestamp>0</rendering_timestamp>)"
-        R"(<receiving_timestamp>0</receiving_timestamp><jitter_buffer_depth>0</jitter_buffer_depth>)"
-        R"(</LipSyncNtpTimestamps></GetAudioTs_Answer></AKVO>)",
-        answerTo(client, getAudioTsRequest));
-    EXPECT_EQ(R"(<?xml version="1.0" ?><AKVO version="0.1.0"><SetAudioDelay_Answer><Result>)"
-              R"(<ErrorCode>1003</ErrorCode><Message>The engine is not in a call</Message></Result>)"
-              R"(</SetAudioDelay_Answer></AKVO>)",
-              answerTo(client, setAudioDelayRequest("40")));
-    // Even a value it would refuse in a call: the state is checked first.
-    EXPECT_NE(std::string::npos,
-              answerTo(client, setAudioDelayRequest("30")).find("<ErrorCode>1003</ErrorCode>"));
-}
-
-std::uint64_t renderingLead(RawClient& client)
-{
-    std::string answer = answerTo(client, getAudioTsRequest);
+    EXPECT_TRUE(client.write(framed(getAudioTsRequest)) && client.readMessage(answer));
     return numberIn(answer, "rendering_timestamp") - numberIn(answer, "capture_timestamp");
 }
 
-TEST(SimAnswers, AcceptedMarginShowsInTheRenderingTimestampForEveryClient)
+TEST(SimAnswers, AcceptedMarginShowsInTheTimestampsOfEveryClient)
 {
     SimulatorProcess sim;
     RawClient setter(sim.socketPath());
     RawClient reader(sim.socketPath());
-    ASSERT_TRUE(setter.connected() && reader.connected());
-    std::uint64_t base = renderingLead(reader);
-    for (std::uint64_t margin : {40, 100, 0, 20}) {
-        EXPECT_EQ(setAudioDelaySuccess, answerTo(setter, setAudioDelayRequest(std::to_string(margin))));
-        std::int64_t grown = static_cast<std::int64_t>(renderingLead(reader) - base);
-        EXPECT_NEAR(static_cast<double>(ntpMilliseconds(margin)), static_cast<double>(grown), 1.0)
-            << "margin " << margin;
+    const uint64_t before = renderingLead(reader);
+    std::string answer;
+    // The refused 50 leaves the margin at 100.
+    for (const char* margin : {"100", "50"}) {
+        ASSERT_TRUE(setter.write(framed(setAudioDelayRequest(margin))) && setter.readMessage(answer));
     }
-    // A refused value leaves the margin where it was.
-    EXPECT_EQ(delayRefused, answerTo(setter, setAudioDelayRequest("50")));
-    EXPECT_NEAR(static_cast<double>(ntpMilliseconds(20)), static_cast<double>(renderingLead(reader) - base),
-                1.0);
+    // 100 ms in the NTP form, 32.32 fixed point.
+    EXPECT_NEAR((100ULL << 32) / 1000.0, static_cast<double>(renderingLead(reader) - before), 1.0);
 }
 
-std::uint64_t ntpSecondsNow()
+TEST(SimFraming, PartialFrameIsAnsweredOnceItsRestArrives)
 {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) + 2208988800ULL;
-}
-
-TEST(SimAnswers, LiveTimestampsFollowTheHostClockWithinPlausibleBounds)
-{
-    SimulatorProcess sim;
+    SimulatorProcess sim({"--fixed"});
     RawClient client(sim.socketPath());
-    ASSERT_TRUE(client.connected());
-    for (int i = 0; i < 50; ++i) {
-        std::uint64_t before = ntpSecondsNow();
-        std::string answer = answerTo(client, getAudioTsRequest);
-        std::uint64_t after = ntpSecondsNow();
-        std::uint64_t capture = numberIn(answer, "capture_timestamp");
-        std::uint64_t receiving = numberIn(answer, "receiving_timestamp");
-        EXPECT_NE(std::string::npos, answer.find("<ErrorCode>1000</ErrorCode>"));
-        // The capture time is a little before the request: within the same second or the one before.
-        EXPECT_GE(capture >> 32, before - 1);
-        EXPECT_LE(capture >> 32, after);
-        EXPECT_EQ(ntpMilliseconds(60), numberIn(answer, "rendering_timestamp") - capture);
-        EXPECT_GE(capture - receiving, ntpMilliseconds(20));
-        EXPECT_LE(capture - receiving, ntpMilliseconds(60));
-        std::uint64_t depth = numberIn(answer, "jitter_buffer_depth");
-        EXPECT_GE(depth, 20u);
-        EXPECT_LE(depth, 80u);
+    const std::string request = framed(getAudioTsRequest);
+    // Cut in the text, and between the two line feeds of the marker.
+    for (size_t cut : {size_t(10), request.size() - 1}) {
+        ASSERT_TRUE(client.write(request.substr(0, cut)));
+        // The server serves clients in the order it accepted them: once a later
+        // client has its answer, the first piece has been read on its own.
+        EXPECT_EQ(framed(fixedGetAudioTsAnswer), serverReply(sim.socketPath(), request));
+        ASSERT_TRUE(client.write(request.substr(cut)));
+        std::string answer;
+        ASSERT_TRUE(client.readMessage(answer)) << "cut at " << cut;
+        EXPECT_EQ(fixedGetAudioTsAnswer, answer);
     }
 }
+
+TEST(SimFraming, TwoFramesInOneWriteGetTheirAnswersInOrder)
+{
+    SimulatorProcess sim({"--fixed"});
+    EXPECT_EQ(framed(fixedGetAudioTsAnswer) + framed(delayRefused),
+              serverReply(sim.socketPath(), framed(getAudioTsRequest) + framed(setAudioDelayRequest("30"))));
+}
+
+TEST(SimFraming, ManyClientsInterleavedAreAllServed)
+{
+    SimulatorProcess sim({"--fixed"});
+    const std::string request = framed(getAudioTsRequest);
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int i = 0; i < 50; ++i) {
+        clients.push_back(std::make_unique<RawClient>(sim.socketPath()));
+        ASSERT_TRUE(clients.back()->write(request.substr(0, 30))) << "client " << i;
+    }
+    for (auto& client : clients) {
+        ASSERT_TRUE(client->write(request.substr(30)));
+    }
+    for (auto client = clients.rbegin(); client != clients.rend(); ++client) {
+        std::string answer;
+        ASSERT_TRUE((*client)->readMessage(answer));
+        EXPECT_EQ(fixedGetAudioTsAnswer, answer);
+    }
+}
+
+TEST(SimFraming, ClientLeavingMidFrameCostsOthersNothing)
+{
+    // The half frame is no request: the first whole one is number 1.
+    SimulatorProcess sim({"--fixed", "--fault", "1:version:9.9.9"});
+    EXPECT_TRUE(RawClient(sim.socketPath()).write(getAudioTsRequest.substr(0, 40)));
+    EXPECT_EQ(framed(fixedAnswerInVersion("9.9.9")),
+              serverReply(sim.socketPath(), framed(getAudioTsRequest)));
+}
+
+class SimBadRequest : public ::testing::TestWithParam<std::string>
+{
+};
+
+TEST_P(SimBadRequest, ClosesThatConnectionOnly)
+{
+    SimulatorProcess sim({"--fixed"});
+    const std::string good = framed(getAudioTsRequest);
+    // The request after the bad one goes unanswered.
+    EXPECT_EQ(framed(fixedGetAudioTsAnswer), serverReply(sim.socketPath(), good + framed(GetParam()) + good));
+    EXPECT_EQ(framed(fixedGetAudioTsAnswer), serverReply(sim.socketPath(), good));
+}
+
+INSTANTIATE_TEST_SUITE_P(Requests, SimBadRequest,
+                         ::testing::Values("hello engine", "", envelope + "<GetAudioTs_Request>",
+                                           envelope + "<GetVideoTs_Request /></AKVO>",
+                                           R"(<AKVO version="0.1.1"><GetAudioTs_Request /></AKVO>)",
+                                           setAudioDelayRequest("sixty"), setAudioDelayRequest("-20")));
 
 } // namespace
 } // namespace test
