@@ -17,7 +17,7 @@ const char* const description =
     "requests on a Unix stream socket, and misbehaves on demand.";
 
 const char* const faultHelp =
-    "Faults: SPEC is WHICH:ACTION[:ARGS]. WHICH is a request number counted from 1 over the\n"
+    "Faults: FAULT is WHICH:ACTION[:ARGS]. WHICH is a request number counted from 1 over the\n"
     "server's whole life in order of arrival, across all clients (every message counts, even one\n"
     "that is not a valid request), or * for every request; a numbered fault takes precedence\n"
     "over *, and no request may have two faults. ACTION is one of\n"
@@ -32,7 +32,7 @@ const char* const faultHelp =
     "  delay:MS              answer after MS milliseconds\n"
     "Except with error, the engine carries the command out whatever happens to its answer.\n"
     "Other clients are served meanwhile; answers to one client always leave in request order.\n"
-    "A fault file holds one SPEC per line; blank lines and lines starting with # are skipped.\n"
+    "A fault file holds one FAULT per line; blank lines and lines starting with # are skipped.\n"
     "\n"
     "Example: akvo-lipsync-sim --socket /tmp/lipsync --fault 2:delay:500 --fault '*:split:16:10'";
 
@@ -67,12 +67,11 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options)
                  "Engine not in a call: every request is answered with ErrorCode 1003");
     app.add_flag("--fixed", options.fixed,
                  "Report the same timestamps every time, whatever the delay margin, for reproducible runs");
-    app.add_option("--fault", faults, "Misbehave as SPEC says (see below); may be given several times")
-        ->type_name("SPEC")
+    app.add_option("--fault", faults, "Misbehave as FAULT says (see below); may be given several times")
+        ->type_name("FAULT")
         ->expected(1)
         ->take_all();
-    app.add_option("--fault-file", faultFile, "Read fault SPECs from a file, one per line")
-        ->type_name("PATH");
+    app.add_option("--fault-file", faultFile, "Read faults from a file, one per line")->type_name("PATH");
     app.footer(faultHelp);
     try {
         app.parse(argc, argv);
