@@ -5,16 +5,33 @@ namespace utilities {
 namespace xmlserializer {
 namespace detail {
 
+namespace {
+
 // Comments and elements ahead of the text are skipped.
+const TiXmlNode* firstTextChild(const TiXmlNode& parent)
+{
+    const TiXmlNode* child = parent.FirstChild();
+    while (child != NULL && child->Type() != TiXmlNode::TINYXML_TEXT) {
+        child = child->NextSibling();
+    }
+    return child;
+}
+
+} // namespace
+
 XmlResult findTextChild(const TiXmlNode& parent, const TiXmlNode*& child)
 {
-    for (child = parent.FirstChild(); child != NULL; child = child->NextSibling()) {
-        if (child->Type() == TiXmlNode::TINYXML_TEXT) {
-            return XmlResult::success();
-        }
+    child = firstTextChild(parent);
+    if (child != NULL) {
+        return XmlResult::success();
     }
     return XmlResult(ChildNotFound) << "Node \"" << parent.Value()
                                     << "\" does not contain an expected text node child";
+}
+
+bool hasTextChild(const TiXmlNode& parent)
+{
+    return firstTextChild(parent) != NULL;
 }
 
 XmlResult findChildElement(const TiXmlNode& parent, const char* tag, const TiXmlNode*& child)

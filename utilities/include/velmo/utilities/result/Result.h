@@ -3,8 +3,10 @@
 
 #include "velmo/utilities/Export.h"
 
+#include <cstddef>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace velmo {
 namespace utilities {
@@ -33,6 +35,11 @@ public:
 
     Result(const Result& other) = default;
 
+    // Results travel up the layers by value; moving a temporary spares
+    // copying its texts, which a success can carry too (the deserializers'
+    // suffixes).
+    Result(Result&& other) = default;
+
     Result& operator=(const Result& other)
     {
         _errorCode = other._errorCode;
@@ -40,6 +47,17 @@ public:
             _mainMessage = other._mainMessage;
             _trailingMessage = other._trailingMessage;
             _nestedResults = other._nestedResults;
+        }
+        return *this;
+    }
+
+    Result& operator=(Result&& other)
+    {
+        _errorCode = other._errorCode;
+        if (this != &other) {
+            _mainMessage = std::move(other._mainMessage);
+            _trailingMessage = std::move(other._trailingMessage);
+            _nestedResults = std::move(other._nestedResults);
         }
         return *this;
     }
@@ -84,7 +102,9 @@ public:
         return text.str();
     }
 
-    template <class T>
+    // The second parameter only lets the text kinds below be specialised
+    // inside the class.
+    template <class T, class Unused = void>
     struct Append
     {
         static void run(Result& result, const T& value)
@@ -95,8 +115,35 @@ public:
         }
     };
 
-    template <class OtherTrait>
-    struct Append<Result<OtherTrait>>
+    // Text is appended as it stands, which is exactly what a stream in its
+    // default state prints, without the stream's buffer and the copy out of
+    // it.
+    template <std::size_t N, class Unused>
+    struct Append<char[N], Unused>
+    {
+        static void run(Result& result, const char (&value)[N]) { result._mainMessage += value; }
+    };
+
+    template <class Unused>
+    struct Append<const char*, Unused>
+    {
+        static void run(Result& result, const char* const& value) { result._mainMessage += value; }
+    };
+
+    template <class Unused>
+    struct Append<std::string, Unused>
+    {
+        static void run(Result& result, const std::string& value) { result._mainMessage += value; }
+    };
+
+    template <class Unused>
+    struct Append<char, Unused>
+    {
+        static void run(Result& result, const char& value) { result._mainMessage += value; }
+    };
+
+    template <class OtherTrait, class Unused>
+    struct Append<Result<OtherTrait>, Unused>
     {
         static void run(Result& result, const Result<OtherTrait>& lower)
         {

@@ -1,13 +1,28 @@
 #ifndef VELMO_UTILITIES_SERIALIZER_CONVERTOR_H
 #define VELMO_UTILITIES_SERIALIZER_CONVERTOR_H
 
+#include <istream>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <type_traits>
 
 namespace velmo {
 namespace utilities {
 namespace serializer {
+
+// The stream buffer of a number being read: it reads the text where it lies,
+// where a string stream would first copy it (an allocation for every number
+// longer than a short string, as every timestamp is). It never writes.
+class TextReader : public std::streambuf
+{
+public:
+    explicit TextReader(const std::string& text)
+    {
+        char* begin = const_cast<char*>(text.data());
+        setg(begin, begin, begin + text.size());
+    }
+};
 
 // Converts an integer to and from its text. The peer writes numbers bare, so
 // any white space is refused rather than skipped, and the whole text must be
@@ -36,7 +51,8 @@ struct Convertor
         if (std::is_unsigned<T>::value && text.find('-') != std::string::npos) {
             return false;
         }
-        std::istringstream stream(text);
+        TextReader reader(text);
+        std::istream stream(&reader);
         if (text.compare(0, 2, "0x") == 0) {
             stream >> std::hex;
         }

@@ -12,6 +12,7 @@ namespace xmlserializer {
 namespace detail {
 
 XmlResult findTextChild(const TiXmlNode& parent, const TiXmlNode*& child);
+bool hasTextChild(const TiXmlNode& parent);
 XmlResult findChildElement(const TiXmlNode& parent, const char* tag, const TiXmlNode*& child);
 
 // Finds the node a value of kind `Trait` is read from: by default the first

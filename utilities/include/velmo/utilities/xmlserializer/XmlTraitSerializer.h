@@ -71,17 +71,22 @@ struct XmlTraitSerializer<serializer::NamedTextTrait<T, tagVariable, allowMissin
         if (result.isFailure()) {
             return result;
         }
-        const TiXmlNode* textNode = NULL;
-        result = detail::ChildAccess<Text>::get(element, textNode);
-        if (result.isSuccess()) {
-            T converted = T();
-            result = XmlTraitSerializer<Text>::fromXml(textNode, converted);
-            if (result.isSuccess()) {
-                value = converted;
-            }
-        } else if (allowMissingText) {
+        // An element that may be empty, as a server's message mostly is, is
+        // looked at first: the text of a missing node is built only when the
+        // failure is kept.
+        if (allowMissingText && !detail::hasTextChild(element)) {
             value = T();
             result = XmlResult::success();
+        } else {
+            const TiXmlNode* textNode = NULL;
+            result = detail::ChildAccess<Text>::get(element, textNode);
+            if (result.isSuccess()) {
+                T converted = T();
+                result = XmlTraitSerializer<Text>::fromXml(textNode, converted);
+                if (result.isSuccess()) {
+                    value = converted;
+                }
+            }
         }
         detail::appendWhileDeserializing(result, expectedName);
         return result;
