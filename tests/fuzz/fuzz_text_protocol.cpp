@@ -15,8 +15,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <linux/sockios.h>
 #include <memory>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -58,6 +60,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             } while (sent < 0 && errno == EINTR);
             require(sent == static_cast<ssize_t>(chunk.size()), "a chunk goes out as one packet",
                     strerror(errno));
+        }
+        // A sequenced-packet reader may see the shutdown before a packet queued
+        // just ahead of it, so the end is signalled only once all is read.
+        int unread = 0;
+        while (::ioctl(fds[1], SIOCOUTQ, &unread) == 0 && unread > 0) {
+            std::this_thread::yield();
         }
         ::shutdown(fds[1], SHUT_WR);
     });
