@@ -223,4 +223,18 @@ TEST(SetAudioDelayAnswer, MissingResultKeepsTheUnknownServerResult)
     EXPECT_EQ("Unknown error (Code 1001)", answer.result.format());
 }
 
+// Found by fuzzing: the parser took a trailing UTF-8 lead byte for a whole
+// character and read on past the end of the answer. What lies beyond the
+// text, here a well-formed Result, must stay unread.
+TEST(SetAudioDelayAnswer, NothingBeyondAnAnswerCutInsideACharacterIsRead)
+{
+    const std::string cut = head + "<SetAudioDelay_Answer>1\xcd";
+    std::string xml = cut + '\0' + resultElement("1000", "<Message/>") + "</SetAudioDelay_Answer></AKVO>";
+    xml.resize(cut.size());
+    SetAudioDelay::Answer answer;
+    EXPECT_EQ("Child not found (Code 69): No element node \"Result\" found in node \"SetAudioDelay_Answer\" "
+              "(While desserializing \"SetAudioDelay_Answer\")",
+              LipSyncXmlSerializer().deserialize(xml, answer).format());
+}
+
 } // namespace

@@ -97,8 +97,12 @@ bool parseRequest(const std::string& document, Request& request, std::string& re
         reason = "zero byte in the request";
         return false;
     }
+    // TinyXML steps a whole UTF-8 character, up to four bytes, even past the
+    // end of the text; zero bytes after the request keep it inside.
+    std::string padded(document);
+    padded.append(4, '\0');
     TiXmlDocument xml;
-    xml.Parse(document.c_str());
+    xml.Parse(padded.c_str());
     if (xml.Error()) {
         reason = std::string("not XML: ") + xml.ErrorDesc();
         return false;

@@ -33,6 +33,19 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
     return XmlResult::success();
 }
 
+// TinyXML takes a UTF-8 lead byte for a whole character of up to four bytes
+// and steps that far even when the text ends inside it, then reads on beyond
+// the terminator. A bad answer must not make it read foreign memory, so the
+// parser is given zero bytes to land on.
+void parseDocument(TiXmlDocument& document, const std::string& xml)
+{
+    static const std::string::size_type longestCharacter = 4;
+    std::string padded;
+    padded.reserve(xml.size() + longestCharacter);
+    padded.append(xml).append(longestCharacter, '\0');
+    document.Parse(padded.c_str());
+}
+
 std::string printCompactly(const TiXmlDocument& document)
 {
     TiXmlPrinter printer;

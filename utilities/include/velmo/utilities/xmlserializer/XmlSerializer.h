@@ -17,6 +17,7 @@ namespace detail {
 XmlResult findCommandElement(const TiXmlDocument& document, const std::string& rootName,
                              const std::string& version, const TiXmlElement*& command);
 std::string printCompactly(const TiXmlDocument& document);
+void parseDocument(TiXmlDocument& document, const std::string& xml);
 
 } // namespace detail
 
@@ -65,7 +66,7 @@ public:
     {
         typedef typename detail::TraitOf<Answer, List>::type Trait;
         TiXmlDocument document;
-        document.Parse(xml.c_str());
+        detail::parseDocument(document, xml);
         const TiXmlElement* command = NULL;
         XmlResult result = detail::findCommandElement(document, _rootName, _version, command);
         if (result.isFailure()) {
