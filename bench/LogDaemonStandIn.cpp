@@ -83,6 +83,24 @@ void LogDaemonStandIn::settle() const
     }
 }
 
+bool enterLogRegime(benchmark::State& state, LogDaemon daemon, LogDaemonStandIn*& standIn)
+{
+    standIn = nullptr;
+    if (daemon == LogDaemon::Absent) {
+        if (LogDaemonStandIn::wasStarted()) {
+            state.SkipWithError("a log receiver was bound earlier in this process");
+            return false;
+        }
+        return true;
+    }
+    standIn = &LogDaemonStandIn::instance();
+    if (!standIn->isListening()) {
+        state.SkipWithError("no log receiver could be bound");
+        return false;
+    }
+    return true;
+}
+
 void removeStaleLogSocket()
 {
     unlink(AKVO_BENCH_LOGDW_PATH);

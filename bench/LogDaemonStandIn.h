@@ -1,6 +1,10 @@
 #ifndef AKVO_BENCH_LOGDAEMONSTANDIN_H
 #define AKVO_BENCH_LOGDAEMONSTANDIN_H
 
+#include "Benchmarks.h"
+
+#include <benchmark/benchmark.h>
+
 #include <atomic>
 #include <cstdint>
 #include <string>
@@ -46,6 +50,12 @@ private:
     std::atomic<uint64_t> _received;
     std::thread _drainer;
 };
+
+// Sets up the log regime of one benchmark: the drained receiver when the
+// daemon must listen (`standIn` then points to it), nothing when it must be
+// absent. Returns false, with the benchmark marked skipped, when that regime
+// cannot be had in this process.
+bool enterLogRegime(benchmark::State& state, LogDaemon daemon, LogDaemonStandIn*& standIn);
 
 // Removes a socket file that an earlier, interrupted run may have left at the
 // log writer's path, so that the first benchmarks really find no daemon.

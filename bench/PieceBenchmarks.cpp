@@ -125,14 +125,7 @@ void stdErrLineToDevNull(benchmark::State& state)
 void androidLogRecord(benchmark::State& state, LogDaemon daemon)
 {
     LogDaemonStandIn* standIn = nullptr;
-    if (daemon == LogDaemon::Listening) {
-        standIn = &LogDaemonStandIn::instance();
-        if (!standIn->isListening()) {
-            state.SkipWithError("no log receiver could be bound");
-            return;
-        }
-    } else if (LogDaemonStandIn::wasStarted()) {
-        state.SkipWithError("a log receiver was bound earlier in this process");
+    if (!enterLogRegime(state, daemon, standIn)) {
         return;
     }
     const uint64_t receivedBefore = standIn != nullptr ? standIn->receivedRecords() : 0;

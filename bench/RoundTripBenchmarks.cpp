@@ -109,14 +109,7 @@ template <class Call>
 void serviceRoundTrip(benchmark::State& state, const std::string& serverSocket, LogDaemon daemon, Call call)
 {
     LogDaemonStandIn* standIn = nullptr;
-    if (daemon == LogDaemon::Listening) {
-        standIn = &LogDaemonStandIn::instance();
-        if (!standIn->isListening()) {
-            state.SkipWithError("no log receiver could be bound");
-            return;
-        }
-    } else if (LogDaemonStandIn::wasStarted()) {
-        state.SkipWithError("a log receiver was bound earlier in this process");
+    if (!enterLogRegime(state, daemon, standIn)) {
         return;
     }
     const StdErrToDevNull silence;
