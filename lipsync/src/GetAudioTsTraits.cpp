@@ -45,16 +45,13 @@ XmlResult readTimestamps(const TiXmlNode& element, kvo::lipsync::GetAudioTs::Ans
 XmlResult XmlTraitSerializer<kvo::lipsync::SerializationTraitGetAudioTsAnswer>::fromXml(
     const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer, const char* expectedName)
 {
-    XmlResult result = detail::checkElementName(element, expectedName);
-    if (result.isFailure()) {
+    return detail::readFramed(element, expectedName, [&] {
+        XmlResult result = readTimestamps(element, answer);
+        if (result.isSuccess()) {
+            result = kvo::cmdfrmwrk::readAnswerResult(element, answer);
+        }
         return result;
-    }
-    result = readTimestamps(element, answer);
-    if (result.isSuccess()) {
-        result = kvo::cmdfrmwrk::readAnswerResult(element, answer);
-    }
-    detail::appendWhileDeserializing(result, expectedName);
-    return result;
+    });
 }
 
 } // namespace xmlserializer

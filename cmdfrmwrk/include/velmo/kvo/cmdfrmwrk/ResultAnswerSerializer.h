@@ -30,13 +30,8 @@ struct XmlTraitSerializer<serializer::ResultAnswerTrait<tagVariable>>
     static XmlResult fromXml(const TiXmlNode& element, kvo::cmdfrmwrk::Command::Answer& answer,
                              const char* expectedName)
     {
-        XmlResult result = detail::checkElementName(element, expectedName);
-        if (result.isFailure()) {
-            return result;
-        }
-        result = kvo::cmdfrmwrk::readAnswerResult(element, answer);
-        detail::appendWhileDeserializing(result, expectedName);
-        return result;
+        return detail::readFramed(element, expectedName,
+                                  [&] { return kvo::cmdfrmwrk::readAnswerResult(element, answer); });
     }
 };
 

@@ -10,11 +10,23 @@ namespace utilities {
 namespace xmlserializer {
 namespace detail {
 
-// The frame around every element reader: the element must carry the expected
-// name, and whatever the reading gives is then suffixed with that name, so a
-// failure deep in a document names each enclosing element, innermost first.
 XmlResult checkElementName(const TiXmlNode& element, const char* expectedName);
 void appendWhileDeserializing(XmlResult& result, const char* expectedName);
+
+// The frame around every element reader: the element must carry the expected
+// name, and whatever `readContent` gives is then suffixed with that name, so a
+// failure deep in a document names each enclosing element, innermost first.
+template <class ReadContent>
+XmlResult readFramed(const TiXmlNode& element, const char* expectedName, ReadContent readContent)
+{
+    XmlResult result = checkElementName(element, expectedName);
+    if (result.isFailure()) {
+        return result;
+    }
+    result = readContent();
+    appendWhileDeserializing(result, expectedName);
+    return result;
+}
 
 } // namespace detail
 } // namespace xmlserializer

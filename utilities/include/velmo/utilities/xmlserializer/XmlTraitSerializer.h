@@ -23,14 +23,10 @@ struct XmlTraitSerializer
     static XmlResult fromXml(const TiXmlNode& element, typename Trait::Record& value,
                              const char* expectedName)
     {
-        XmlResult result = detail::checkElementName(element, expectedName);
-        if (result.isFailure()) {
-            return result;
-        }
-        result = detail::SerializerChildList<typename Trait::Record, typename Trait::Children>::fromXml(
-            element, value);
-        detail::appendWhileDeserializing(result, expectedName);
-        return result;
+        return detail::readFramed(element, expectedName, [&] {
+            return detail::SerializerChildList<typename Trait::Record, typename Trait::Children>::fromXml(
+                element, value);
+        });
     }
 };
 
@@ -66,29 +62,29 @@ struct XmlTraitSerializer<serializer::NamedTextTrait<T, tagVariable, allowMissin
 {
     static XmlResult fromXml(const TiXmlNode& element, T& value, const char* expectedName)
     {
+        return detail::readFramed(element, expectedName, [&] { return readText(element, value); });
+    }
+
+private:
+    static XmlResult readText(const TiXmlNode& element, T& value)
+    {
         typedef serializer::TextTrait<T, Conv> Text;
-        XmlResult result = detail::checkElementName(element, expectedName);
-        if (result.isFailure()) {
-            return result;
-        }
         // An element that may be empty, as a server's message mostly is, is
         // looked at first: the text of a missing node is built only when the
         // failure is kept.
         if (allowMissingText && !detail::hasTextChild(element)) {
             value = T();
-            result = XmlResult::success();
-        } else {
-            const TiXmlNode* textNode = NULL;
-            result = detail::ChildAccess<Text>::get(element, textNode);
+            return XmlResult::success();
+        }
+        const TiXmlNode* textNode = NULL;
+        XmlResult result = detail::ChildAccess<Text>::get(element, textNode);
+        if (result.isSuccess()) {
+            T converted = T();
+            result = XmlTraitSerializer<Text>::fromXml(textNode, converted);
             if (result.isSuccess()) {
-                T converted = T();
-                result = XmlTraitSerializer<Text>::fromXml(textNode, converted);
-                if (result.isSuccess()) {
-                    value = converted;
-                }
+                value = converted;
             }
         }
-        detail::appendWhileDeserializing(result, expectedName);
         return result;
     }
 };
