@@ -54,17 +54,26 @@ TextProtocol::ProtocolResult TextProtocol::send(const std::string& message)
 
 // Chunks are cut at their first zero byte: a message never carries one, and
 // whatever follows it in the same chunk is dropped.
+//
+// After a chunk, the search for the marker resumes one byte before the chunk
+// (the marker may straddle two chunks) instead of rescanning everything
+// buffered: a peer that streams megabytes without a marker must cost linear
+// time, not quadratic. The first search of a call covers the whole buffer,
+// so what an earlier call left behind is found as before.
 TextProtocol::ProtocolResult TextProtocol::receive(std::string*& message)
 {
     message = nullptr;
+    std::string::size_type searchFrom = 0;
     std::string::size_type markerPosition;
-    while ((markerPosition = _receivedData.find(endMessageMarker)) == std::string::npos) {
+    while ((markerPosition = _receivedData.find(endMessageMarker, searchFrom)) == std::string::npos) {
         unsigned int bytesRead = 0;
         const Link::LinkResult linkResult = _link->read(receiveBuffer, sizeof(receiveBuffer) - 1, bytesRead);
         if (linkResult.isFailure()) {
             return toProtocolResult(linkResult);
         }
         receiveBuffer[bytesRead] = '\0';
+        const std::string::size_type overlap = endMessageMarker.size() - 1;
+        searchFrom = _receivedData.size() < overlap ? 0 : _receivedData.size() - overlap;
         _receivedData.append(receiveBuffer, strnlen(receiveBuffer, sizeof(receiveBuffer)));
     }
     message = new std::string(_receivedData, 0, markerPosition);

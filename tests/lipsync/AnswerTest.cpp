@@ -159,6 +159,51 @@ INSTANTIATE_TEST_SUITE_P(
                  inTimestamps + inAnswer}),
     caseName);
 
+std::string repeated(const std::string& piece, int times)
+{
+    std::string text;
+    for (int i = 0; i < times; ++i) {
+        text += piece;
+    }
+    return text;
+}
+
+// Elements nested `levels` deep, each holding the next.
+std::string nested(int levels, const std::string& open = "<n>")
+{
+    return repeated(open, levels) + repeated("</n>", levels);
+}
+
+const std::string goodChildren = resultElement("1000", "<Message/>") + goodTimestamps;
+
+// Root, command and "Extra" make three levels: 64 in all is the deepest
+// answer that is read; one level more and it is not parsed at all.
+INSTANTIATE_TEST_SUITE_P(
+    Nesting, Rejected,
+    ::testing::Values(
+        Case{"OneLevelTooDeep", document("<Extra>" + nested(62) + "</Extra>" + goodChildren), noRoot},
+        Case{"AttributesEndingInSlash",
+             document("<Extra>" + nested(62, "<n a='/' b=\"x/>\">") + "</Extra>" + goodChildren), noRoot},
+        Case{"NeverClosed", head + "<GetAudioTs_Answer>" + goodChildren + repeated("<n>", 63), noRoot},
+        Case{"HundredThousandLevels", document(nested(100000)), noRoot}),
+    caseName);
+
+// Markup that only looks nested does not count towards the limit.
+TEST(GetAudioTsAnswer, NestingCountsOnlyOpenElements)
+{
+    const std::string hidden = nested(100);
+    for (const std::string& extra :
+         {nested(61), "<!--" + hidden + "-->", "<![CDATA[" + hidden + "]]>", "<n a='" + hidden + "'/>",
+          "<n a=\"" + hidden + "\"></n>", repeated("<n/><n></n>", 100)}) {
+        GetAudioTs::Answer answer;
+        EXPECT_EQ("Success", LipSyncXmlSerializer()
+                                 .deserialize(document("<Extra>" + extra + "</Extra>" + goodChildren), answer)
+                                 .format())
+            << extra.substr(0, 40);
+        EXPECT_EQ(goodValues, timestampsOf(answer));
+    }
+}
+
 struct ResultCase
 {
     const char* name;

@@ -1,5 +1,7 @@
 #include "velmo/utilities/xmlserializer/XmlSerializer.h"
 
+#include "NestingDepth.h"
+
 namespace velmo {
 namespace utilities {
 namespace xmlserializer {
@@ -33,12 +35,25 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
     return XmlResult::success();
 }
 
+namespace {
+
+// Real answers nest four levels deep. The parser recurses once per level, so
+// a hostile answer nested thousands deep would overflow the caller's stack
+// (and take time quadratic in its depth); such a document is not parsed at
+// all, and so reads as one without a root.
+constexpr std::size_t deepestNesting = 64;
+
+} // namespace
+
 // TinyXML takes a UTF-8 lead byte for a whole character of up to four bytes
 // and steps that far even when the text ends inside it, then reads on beyond
 // the terminator. A bad answer must not make it read foreign memory, so the
 // parser is given zero bytes to land on.
 void parseDocument(TiXmlDocument& document, const std::string& xml)
 {
+    if (nestsDeeperThan(xml, deepestNesting)) {
+        return;
+    }
     static const std::string::size_type longestCharacter = 4;
     std::string padded;
     padded.reserve(xml.size() + longestCharacter);

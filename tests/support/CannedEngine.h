@@ -1,0 +1,90 @@
+#ifndef AKVO_TESTS_SUPPORT_CANNEDENGINE_H
+#define AKVO_TESTS_SUPPORT_CANNEDENGINE_H
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+namespace akvo {
+namespace test {
+
+// A lip-sync server for answers the simulator never sends: it accepts one
+// client, reads its first request, writes `answer` as it stands (framing
+// included, or not) and hangs up. It listens in a fresh folder, removed again
+// with it.
+class CannedEngine
+{
+public:
+    explicit CannedEngine(std::string answer) : _answer(std::move(answer))
+    {
+        char folder[] = "/tmp/akvo-canned-XXXXXX";
+        _folder = mkdtemp(folder);
+        _socketPath = _folder + "/engine";
+        _listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, _socketPath.c_str(), sizeof(address.sun_path) - 1);
+        if (bind(_listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+            listen(_listener, 1) != 0) {
+            ADD_FAILURE() << "cannot listen at " << _socketPath << ": " << std::strerror(errno);
+        }
+        _server = std::thread([this] { serve(); });
+    }
+
+    ~CannedEngine()
+    {
+        // Wakes an accept() that no client came for.
+        shutdown(_listener, SHUT_RDWR);
+        _server.join();
+        close(_listener);
+        std::error_code ignored;
+        std::filesystem::remove_all(_folder, ignored);
+    }
+
+    const std::string& socketPath() const { return _socketPath; }
+
+    CannedEngine(const CannedEngine&) = delete;
+    CannedEngine& operator=(const CannedEngine&) = delete;
+
+private:
+    void serve()
+    {
+        const int client = accept(_listener, nullptr, nullptr);
+        if (client < 0) {
+            return;
+        }
+        std::string request;
+        char chunk[512];
+        ssize_t count;
+        while (request.find("\n\n") == std::string::npos &&
+               (count = read(client, chunk, sizeof(chunk))) > 0) {
+            request.append(chunk, static_cast<size_t>(count));
+        }
+        // The client may give up half way; that must not raise SIGPIPE here.
+        for (size_t sent = 0; sent < _answer.size(); sent += static_cast<size_t>(count)) {
+            count = send(client, _answer.data() + sent, _answer.size() - sent, MSG_NOSIGNAL);
+            if (count <= 0) {
+                break;
+            }
+        }
+        close(client);
+    }
+
+    std::string _answer;
+    std::string _folder;
+    std::string _socketPath;
+    int _listener = -1;
+    std::thread _server;
+};
+
+} // namespace test
+} // namespace akvo
+
+#endif
