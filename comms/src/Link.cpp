@@ -14,6 +14,9 @@ using velmo::utilities::assertThat;
 using velmo::utilities::result::ErrnoTrait;
 using velmo::utilities::result::Result;
 
+static_assert(sizeof(std::atomic<bool>) == sizeof(bool) && std::atomic<bool>::is_always_lock_free,
+              "the closed flag must keep the Link's layout");
+
 const char* Link::ResultTrait::toString(ResultCode code)
 {
     switch (code) {
@@ -55,8 +58,7 @@ void Link::close()
 {
     assertThat(_fdLinkSocket > 0,
                "comms/src/Link:54: Assertion _fdLinkSocket > 0 failed: Invalid File Descriptor");
-    if (!_isClosed) {
-        _isClosed = true;
+    if (!_isClosed.exchange(true)) {
         ::shutdown(_fdLinkSocket, SHUT_RDWR);
     }
 }

@@ -4,6 +4,7 @@
 #include "velmo/utilities/Export.h"
 #include "velmo/utilities/result/Result.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace velmo {
@@ -48,7 +49,9 @@ public:
 
 private:
     int _fdLinkSocket;
-    bool _isClosed;
+    // Set by close() on any thread and read by a read() or write() blocked on
+    // another, hence atomic; it takes no more room than a plain bool.
+    std::atomic<bool> _isClosed;
 };
 
 } // namespace comms
