@@ -1,9 +1,12 @@
 #include "velmo/kvo/lipsyncapi/Service.h"
 
+#include "WithoutExceptions.h"
 #include "velmo/kvo/cmdfrmwrk/Client.h"
 #include "velmo/kvo/comms/Client.h"
 #include "velmo/kvo/lipsyncapi/Logger.h"
 #include "velmo/kvo/log/ApiLog.h"
+
+#include <memory>
 
 namespace velmo {
 namespace kvo {
@@ -22,18 +25,22 @@ Service::~Service()
 
 Service::ServiceResult Service::connect(const std::string& socketName)
 {
-    const ServiceResult result = connectInternal(socketName);
-    log::ApiLog<Logger> apiLog;
-    apiLog.addInputParam("lipsyncSocketName", socketName).setResult(result).event("Client is connecting");
-    return result;
+    return withoutExceptions([&] {
+        const ServiceResult result = connectInternal(socketName);
+        log::ApiLog<Logger> apiLog;
+        apiLog.addInputParam("lipsyncSocketName", socketName).setResult(result).event("Client is connecting");
+        return result;
+    });
 }
 
 Service::ServiceResult Service::disconnect()
 {
-    const ServiceResult result = disconnectInternal();
-    log::ApiLog<Logger> apiLog;
-    apiLog.setResult(result).event("Client is disconnected");
-    return result;
+    return withoutExceptions([&] {
+        const ServiceResult result = disconnectInternal();
+        log::ApiLog<Logger> apiLog;
+        apiLog.setResult(result).event("Client is disconnected");
+        return result;
+    });
 }
 
 Service::ServiceResult Service::connectInternal(const std::string& socketName)
@@ -51,7 +58,10 @@ Service::ServiceResult Service::connectInternal(const std::string& socketName)
         delete link;
         return result;
     }
-    _commandClient = new cmdfrmwrk::Client(link);
+    // Should the command client not fit in memory, the link is not leaked.
+    std::unique_ptr<comms::Link> pendingLink(link);
+    _commandClient = new cmdfrmwrk::Client(pendingLink.get());
+    pendingLink.release();
     _connected = 1;
     return ServiceResult::success();
 }

@@ -1,6 +1,7 @@
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include "ExchangeResult.h"
+#include "WithoutExceptions.h"
 #include "velmo/kvo/cmdfrmwrk/Client.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
@@ -22,24 +23,29 @@ const char notConnected[] = "Not connected to the audio KVO";
 Service::ServiceResult Service::getCapabilities(unsigned long long& granularityMs,
                                                 unsigned long long& maxAudioDelayMargin) const
 {
-    if (_connected != 1) {
-        return ServiceResult(BadState) << notConnected;
-    }
-    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: "
-                                       "Inconsistent state client is null");
-    granularityMs = capabilityGranularityMs;
-    maxAudioDelayMargin = capabilityMaxAudioDelayMargin;
-    return ServiceResult::success();
+    return withoutExceptions([&] {
+        if (_connected != 1) {
+            return ServiceResult(BadState) << notConnected;
+        }
+        assertThat(_commandClient != NULL,
+                   "lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: "
+                   "Inconsistent state client is null");
+        granularityMs = capabilityGranularityMs;
+        maxAudioDelayMargin = capabilityMaxAudioDelayMargin;
+        return ServiceResult::success();
+    });
 }
 
 Service::ServiceResult Service::setAudioDelayMargin(unsigned long long delayMs)
 {
-    const ServiceResult result = setAudioDelayMarginInternal(delayMs);
-    log::ApiLog<Logger> apiLog;
-    apiLog.addInputParam("delayMs", delayMs)
-        .setResult(result)
-        .event("Client is setting the audio delay margin");
-    return result;
+    return withoutExceptions([&] {
+        const ServiceResult result = setAudioDelayMarginInternal(delayMs);
+        log::ApiLog<Logger> apiLog;
+        apiLog.addInputParam("delayMs", delayMs)
+            .setResult(result)
+            .event("Client is setting the audio delay margin");
+        return result;
+    });
 }
 
 Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long delayMs)
@@ -74,24 +80,28 @@ Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long d
 
 Service::ServiceResult Service::getAudioDelayMargin(unsigned long long& delayMs) const
 {
-    if (_connected != 1) {
-        return ServiceResult(BadState) << notConnected;
-    }
-    delayMs = _audioDelayMargin;
-    return ServiceResult::success();
+    return withoutExceptions([&] {
+        if (_connected != 1) {
+            return ServiceResult(BadState) << notConnected;
+        }
+        delayMs = _audioDelayMargin;
+        return ServiceResult::success();
+    });
 }
 
 Service::ServiceResult Service::getAudioTimestamps(common::LipSyncNtpTimestamps& timestamps) const
 {
-    const ServiceResult result = getAudioTimestampsInternal(timestamps);
-    log::ApiLog<Logger> apiLog;
-    apiLog.addOutputParam("audioCaptureTimestamp", timestamps.tCap)
-        .addOutputParam("audioRenderingTimestamp", timestamps.tRdr)
-        .addOutputParam("audioReceivingTimestamp", timestamps.tRcv)
-        .addOutputParam("jbmCurrentDepth", timestamps.jbmDepth)
-        .setResult(result)
-        .event("Client is requesting the NTP timestamp");
-    return result;
+    return withoutExceptions([&] {
+        const ServiceResult result = getAudioTimestampsInternal(timestamps);
+        log::ApiLog<Logger> apiLog;
+        apiLog.addOutputParam("audioCaptureTimestamp", timestamps.tCap)
+            .addOutputParam("audioRenderingTimestamp", timestamps.tRdr)
+            .addOutputParam("audioReceivingTimestamp", timestamps.tRcv)
+            .addOutputParam("jbmCurrentDepth", timestamps.jbmDepth)
+            .setResult(result)
+            .event("Client is requesting the NTP timestamp");
+        return result;
+    });
 }
 
 Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTimestamps& timestamps) const
@@ -114,10 +124,12 @@ Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTim
 
 Service::ServiceResult Service::setVideoTimestamps(const common::LipSyncNtpTimestamps&)
 {
-    if (_connected != 1) {
-        return ServiceResult(BadState) << notConnected;
-    }
-    return ServiceResult::success();
+    return withoutExceptions([&] {
+        if (_connected != 1) {
+            return ServiceResult(BadState) << notConnected;
+        }
+        return ServiceResult::success();
+    });
 }
 
 } // namespace lipsyncapi

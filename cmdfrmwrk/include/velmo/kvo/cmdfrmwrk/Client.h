@@ -6,6 +6,8 @@
 #include "velmo/utilities/log/Assertion.h"
 #include "velmo/utilities/result/Result.h"
 
+#include <memory>
+#include <new>
 #include <string>
 
 namespace velmo {
@@ -21,9 +23,25 @@ public:
     explicit Client(comms::Link* link);
     virtual ~Client();
 
+    // A failed allocation (an answer too large for the memory left, say)
+    // ends the exchange as an UnknownError saying so, instead of an
+    // exception: results are this library's only way of reporting failures.
+    // The connection's unread bytes stay buffered, so the caller should
+    // reconnect before the next command.
     template <class Cmd, class Serializer>
     velmo::utilities::result::Result<Peer::ResultTrait> executeCommand(const typename Cmd::Request& request,
                                                                        typename Cmd::Answer& answer)
+    {
+        try {
+            return exchange<Cmd, Serializer>(request, answer);
+        } catch (const std::bad_alloc&) {
+            return PeerResult(UnknownError) << "Not enough memory for the exchange";
+        }
+    }
+
+private:
+    template <class Cmd, class Serializer>
+    PeerResult exchange(const typename Cmd::Request& request, typename Cmd::Answer& answer)
     {
         std::string requestStr;
         Serializer requestSerializer;
@@ -32,19 +50,19 @@ public:
             return PeerResult(serializeResult, SerializerError, Success);
         }
         std::string* answerStr = NULL;
-        comms::TextProtocol::ProtocolResult exchange = _protocol.send(requestStr);
-        if (exchange.isSuccess()) {
-            exchange = _protocol.receive(answerStr);
+        comms::TextProtocol::ProtocolResult transfer = _protocol.send(requestStr);
+        if (transfer.isSuccess()) {
+            transfer = _protocol.receive(answerStr);
         }
-        if (exchange.isFailure()) {
-            return fromProtocolFailure(exchange);
+        if (transfer.isFailure()) {
+            return fromProtocolFailure(transfer);
         }
         velmo::utilities::assertThat(
             answerStr != NULL,
             "lipsyncapi/src/Service:94: Assertion answerStr != NULL failed: answer string is null");
+        const std::unique_ptr<const std::string> ownedAnswer(answerStr);
         Serializer answerSerializer;
-        const auto deserializeResult = answerSerializer.deserialize(*answerStr, answer);
-        delete answerStr;
+        const auto deserializeResult = answerSerializer.deserialize(*ownedAnswer, answer);
         return PeerResult(deserializeResult, SerializerError, Success);
     }
 };
