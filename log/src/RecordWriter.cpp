@@ -41,18 +41,14 @@ std::atomic<int> logSocket{-1};
 pthread_mutex_t initLock = PTHREAD_MUTEX_INITIALIZER;
 std::atomic<uid_t> cachedUid{0};
 
-// With initLock held. When only the connect fails, `onConnectFailure` becomes
-// (or stays) the current writer.
-int reopenLogSocket(WriteFunction onConnectFailure)
+// With initLock held. When only the connect fails, the initialiser stays
+// current, so the next record tries again.
+int openFirstLogSocket()
 {
-    const int oldSocket = logSocket.exchange(-1);
-    if (oldSocket >= 0) {
-        close(oldSocket);
-    }
     bool failedAtConnect = false;
     const int fd = openLogSocket(failedAtConnect);
     if (fd < 0) {
-        currentWriter = failedAtConnect ? onConnectFailure : nullWriter;
+        currentWriter = failedAtConnect ? initialWriter : nullWriter;
         return fd;
     }
     logSocket = fd;
@@ -60,12 +56,39 @@ int reopenLogSocket(WriteFunction onConnectFailure)
     return 0;
 }
 
+// With initLock held. Other threads may be sending on the current descriptor
+// without any lock, so its number is never left free for the process to hand
+// out again: the new socket is moved onto it in one step, and when no new
+// socket can be had, the dead one keeps the number while every later record
+// is turned away with -EBADF.
+int replaceLogSocket()
+{
+    bool failedAtConnect = false;
+    const int fd = openLogSocket(failedAtConnect);
+    if (fd < 0) {
+        logSocket = -1;
+        if (!failedAtConnect) {
+            currentWriter = nullWriter;
+        }
+        return fd;
+    }
+    const int current = logSocket;
+    if (current < 0) {
+        logSocket = fd;
+        return 0;
+    }
+    const int moved = dup2(fd, current);
+    const int error = errno;
+    close(fd);
+    return moved < 0 ? -error : 0;
+}
+
 // A connect failure keeps this writer current, so the next record tries again.
 int initialWriter(int logId, iovec* payload, size_t count)
 {
     pthread_mutex_lock(&initLock);
     if (currentWriter == initialWriter) {
-        const int opened = reopenLogSocket(initialWriter);
+        const int opened = openFirstLogSocket();
         if (opened < 0) {
             pthread_mutex_unlock(&initLock);
             return opened;
@@ -129,7 +152,7 @@ int sendRecord(const iovec* vector, size_t count)
 int reconnectAndResend(const iovec* vector, size_t count)
 {
     pthread_mutex_lock(&initLock);
-    const int opened = reopenLogSocket(socketWriter);
+    const int opened = replaceLogSocket();
     pthread_mutex_unlock(&initLock);
     if (opened < 0) {
         return opened;

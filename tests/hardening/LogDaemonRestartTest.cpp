@@ -1,0 +1,197 @@
+#include "RecordDecoder.h"
+#include "velmo/kvo/log/AndroidLog.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int writerCount = 6;
+constexpr int recordsPerWriter = 20000;
+
+std::string messageOf(int writer, int record)
+{
+    return "writer " + std::to_string(writer) + " record " + std::to_string(record) + " " +
+           std::string(static_cast<size_t>((writer * 37 + record * 11) % 200),
+                       static_cast<char>('a' + writer));
+}
+
+int boundDatagramSocket(const std::string& path)
+{
+    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    unlink(path.c_str());
+    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        ADD_FAILURE() << "cannot bind " << path << ": " << std::strerror(errno);
+    }
+    return fd;
+}
+
+// A log daemon that restarts every few milliseconds. Each new socket is bound
+// beside the path and renamed onto it, so the path always names a live
+// socket: a writer whose socket died always finds the next one, and every
+// record it reports as sent may arrive at most once.
+class RestartingDaemon
+{
+public:
+    explicit RestartingDaemon(const std::string& path) : _path(path), _fd(boundDatagramSocket(path)) {}
+
+    ~RestartingDaemon()
+    {
+        close(_fd);
+        unlink(_path.c_str());
+    }
+
+    // Restarts until `running` turns false; returns every record it read.
+    std::vector<velmo::kvo::logcat::LogRecord> serve(const std::atomic<bool>& running)
+    {
+        const std::string next = _path + ".next";
+        while (running) {
+            readFor(std::chrono::milliseconds(3));
+            const int fresh = boundDatagramSocket(next);
+            std::rename(next.c_str(), _path.c_str());
+            drain();
+            close(_fd);
+            _fd = fresh;
+            ++_restarts;
+        }
+        readFor(std::chrono::milliseconds(50));
+        return std::move(_records);
+    }
+
+    int restarts() const { return _restarts; }
+
+private:
+    void readFor(std::chrono::milliseconds duration)
+    {
+        const auto until = std::chrono::steady_clock::now() + duration;
+        while (std::chrono::steady_clock::now() < until) {
+            pollfd entry = {_fd, POLLIN, 0};
+            if (poll(&entry, 1, 1) == 1) {
+                drain();
+            }
+        }
+    }
+
+    void drain()
+    {
+        std::vector<uint8_t> datagram(65536);
+        ssize_t size;
+        while ((size = recv(_fd, datagram.data(), datagram.size(), MSG_DONTWAIT)) >= 0) {
+            velmo::kvo::logcat::LogRecord record;
+            std::string error;
+            if (velmo::kvo::logcat::decodeRecord(datagram.data(), static_cast<size_t>(size), record, error)) {
+                _records.push_back(record);
+            } else {
+                ADD_FAILURE() << "a datagram that is not a record: " << error;
+            }
+        }
+    }
+
+    std::string _path;
+    int _fd;
+    int _restarts = 0;
+    std::vector<velmo::kvo::logcat::LogRecord> _records;
+};
+
+// Opens and closes descriptors all along, so that a number the log writer
+// let go of would soon belong to one of these; none may ever receive a byte.
+void watchForStrayRecords(const std::atomic<bool>& running, std::atomic<int>& strayBytes)
+{
+    while (running) {
+        int pair[2];
+        if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, pair) != 0) {
+            continue;
+        }
+        std::this_thread::yield();
+        char byte;
+        for (const int fd : pair) {
+            while (recv(fd, &byte, 1, MSG_DONTWAIT) == 1) {
+                ++strayBytes;
+            }
+            close(fd);
+        }
+    }
+}
+
+// The writers log while the daemon restarts under them. A record may be
+// refused (daemon queue full, or the daemon gone before the writer noticed),
+// but the writer must always find the next daemon, never write a record into
+// a descriptor that is no longer its socket, and never deliver a record twice
+// or one it reported as refused.
+TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
+{
+    ASSERT_EQ(50u, throughput_limit.threshold)
+        << "run through ctest, which sets LIBLOG_THROUGHPUT_LIMIT=50/1";
+    RestartingDaemon daemon(AKVO_TEST_LOGDW_PATH);
+    std::atomic<bool> writing{true};
+    std::vector<velmo::kvo::logcat::LogRecord> received;
+    std::thread server([&] { received = daemon.serve(writing); });
+    std::atomic<int> strayBytes{0};
+    std::thread bystander(watchForStrayRecords, std::cref(writing), std::ref(strayBytes));
+
+    std::vector<std::vector<int>> results(writerCount, std::vector<int>(recordsPerWriter));
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < writerCount; ++writer) {
+        writers.emplace_back([&results, writer] {
+            const std::string tag = "W" + std::to_string(writer);
+            for (int record = 0; record < recordsPerWriter; ++record) {
+                results[writer][record] =
+                    __android_log_write(AKVO_LOG_INFO, tag.c_str(), messageOf(writer, record).c_str());
+            }
+        });
+    }
+    for (std::thread& thread : writers) {
+        thread.join();
+    }
+    writing = false;
+    server.join();
+    bystander.join();
+
+    EXPECT_EQ(0, strayBytes.load());
+    EXPECT_GT(daemon.restarts(), 2);
+    std::vector<std::vector<int>> arrivals(writerCount, std::vector<int>(recordsPerWriter));
+    for (const velmo::kvo::logcat::LogRecord& record : received) {
+        int writer = -1;
+        int number = -1;
+        std::sscanf(record.message.c_str(), "writer %d record %d ", &writer, &number);
+        ASSERT_TRUE(writer >= 0 && writer < writerCount && number >= 0 && number < recordsPerWriter)
+            << "a record nobody wrote: " << record.message;
+        EXPECT_EQ(messageOf(writer, number), record.message);
+        EXPECT_EQ("W" + std::to_string(writer), record.tag);
+        ++arrivals[writer][number];
+    }
+    int sent = 0;
+    for (int writer = 0; writer < writerCount; ++writer) {
+        const int payload = static_cast<int>(4 + std::to_string(writer).size());
+        for (int number = 0; number < recordsPerWriter; ++number) {
+            const int result = results[writer][number];
+            const int expected = payload + static_cast<int>(messageOf(writer, number).size());
+            ASSERT_TRUE(result == expected || result == -EAGAIN || result == -ECONNREFUSED ||
+                        result == -ENOTCONN)
+                << "writer " << writer << " record " << number << " returned " << result;
+            ASSERT_LE(arrivals[writer][number], result > 0 ? 1 : 0)
+                << "writer " << writer << " record " << number;
+            sent += result > 0 ? 1 : 0;
+        }
+    }
+    // Lost records are those still queued in a daemon socket when it closed.
+    EXPECT_GT(sent, 0);
+    EXPECT_LE(static_cast<int>(received.size()), sent);
+}
+
+} // namespace
