@@ -3,8 +3,8 @@
 
 #include "velmo/utilities/log/GenericLog.h"
 
-#include <sstream>
-#include <streambuf>
+#include <charconv>
+#include <cstring>
 #include <string>
 
 namespace velmo {
@@ -13,75 +13,89 @@ namespace log {
 
 // Collects one API call's parameters and result after the call has done its
 // work, and writes them as a single log line. `Logger` names the log and tag.
+// The line is composed in one buffer, reserved once, and numbers are written
+// with plain digits whatever the process's locale: a call costs one
+// allocation here, not the handful of string streams it would take.
+// Input parameters are added before output parameters.
 template <class Logger>
 class ApiLog
 {
 public:
-    template <class T>
-    ApiLog& addParam(const std::string& name, const T& value, std::stringstream& target)
+    ApiLog() { _line.reserve(expectedLength); }
+
+    ApiLog& addInputParam(const char* name, const std::string& value)
     {
-        std::stringstream scratch;
-        scratch << value;
-        const std::string text = scratch.str();
-        // A value spanning lines gets a block of its own so the line stays readable.
-        if (text.find('\n') != std::string::npos) {
-            target << name << "={\n" << text << "}\n";
-        } else {
-            target << name << "=" << text << " ";
-        }
-        return *this;
+        beginSection(_inputs, " with input params: ");
+        return addText(name, value.data(), value.size());
     }
 
-    // A number's text never spans lines, so it goes straight into the target
-    // stream, printed just as the scratch stream would print it.
-    ApiLog& addParam(const std::string& name, const unsigned long long& value, std::stringstream& target)
+    ApiLog& addInputParam(const char* name, unsigned long long value)
     {
-        target << name << "=" << value << " ";
-        return *this;
+        beginSection(_inputs, " with input params: ");
+        return addNumber(name, value);
     }
 
-    template <class T>
-    ApiLog& addInputParam(const std::string& name, const T& value)
+    ApiLog& addOutputParam(const char* name, unsigned long long value)
     {
-        return addParam(name, value, _inputParams);
-    }
-
-    template <class T>
-    ApiLog& addOutputParam(const std::string& name, const T& value)
-    {
-        return addParam(name, value, _outputParams);
+        beginSection(_outputs, " with output params: ");
+        return addNumber(name, value);
     }
 
     template <class R>
     ApiLog& setResult(const R& result)
     {
-        _result = result.format();
+        const std::string text = result.format();
+        if (!text.empty()) {
+            _line.append(" with result: ").append(text);
+        }
         return *this;
     }
 
-    // The line is composed in the log stream itself, each collected text
-    // copied straight from its own stream, so that no piece is copied twice.
-    void event(const std::string& name)
+    // The event name leads the line, although it comes last.
+    void event(const char* name)
     {
-        typename Logger::Log::template Stream<velmo::utilities::details::Level::Info> stream(Logger::tag);
-        stream << name;
-        if (holdsText(_inputParams)) {
-            stream << " with input params: " << static_cast<std::streambuf*>(_inputParams.rdbuf());
-        }
-        if (holdsText(_outputParams)) {
-            stream << " with output params: " << static_cast<std::streambuf*>(_outputParams.rdbuf());
-        }
-        if (!_result.empty()) {
-            stream << " with result: " << _result;
+        _line.insert(0, name);
+        if (!_line.empty()) {
+            Logger::Log::template log<velmo::utilities::details::Level::Info>(Logger::tag, "%s",
+                                                                              _line.c_str());
         }
     }
 
 private:
-    static bool holdsText(std::stringstream& params) { return params.tellp() > 0; }
+    // A getAudioTimestamps line with its four numbers and a short result.
+    static constexpr std::string::size_type expectedLength = 256;
 
-    std::stringstream _inputParams;
-    std::stringstream _outputParams;
-    std::string _result;
+    void beginSection(bool& begun, const char* heading)
+    {
+        if (!begun) {
+            begun = true;
+            _line.append(heading);
+        }
+    }
+
+    // A value spanning lines gets a block of its own so the line stays
+    // readable; every other value is followed by one blank.
+    ApiLog& addText(const char* name, const char* value, std::string::size_type size)
+    {
+        _line.append(name);
+        if (std::memchr(value, '\n', size) != nullptr) {
+            _line.append("={\n").append(value, size).append("}\n");
+        } else {
+            _line.append("=").append(value, size).append(" ");
+        }
+        return *this;
+    }
+
+    ApiLog& addNumber(const char* name, unsigned long long value)
+    {
+        char digits[20];
+        const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
+        return addText(name, digits, static_cast<std::string::size_type>(end - digits));
+    }
+
+    std::string _line;
+    bool _inputs = false;
+    bool _outputs = false;
 };
 
 } // namespace log

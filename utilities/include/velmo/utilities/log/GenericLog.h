@@ -84,6 +84,15 @@ class GenericLog<TypeList<Head, Tail>>
 {
 public:
     template <details::Level::Enum L>
+    __attribute__((format(printf, 2, 3))) static void log(const char* tag, const char* format, ...)
+    {
+        va_list args;
+        va_start(args, format);
+        valog<L>(tag, format, args);
+        va_end(args);
+    }
+
+    template <details::Level::Enum L>
     static void valog(const char* tag, const char* format, va_list args)
     {
         va_list tailArgs;

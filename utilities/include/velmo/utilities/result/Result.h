@@ -3,9 +3,12 @@
 
 #include "velmo/utilities/Export.h"
 
+#include <charconv>
 #include <cstddef>
+#include <locale>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace velmo {
@@ -87,31 +90,42 @@ public:
         return message;
     }
 
+    // Codes are written in plain digits whatever the process's locale.
     std::string format() const
     {
         if (isSuccess()) {
             return Trait::toString(Trait::successCode);
         }
-        std::ostringstream text;
-        text << Trait::toString(_errorCode) << " (Code " << static_cast<long long>(_errorCode) << ")";
+        std::string text = Trait::toString(_errorCode);
+        text += " (Code ";
+        appendNumber(text, static_cast<long long>(_errorCode));
+        text += ')';
         const std::string mainMessage = getMainMessage();
         if (!mainMessage.empty()) {
-            text << ": " << mainMessage;
+            text += ": ";
+            text += mainMessage;
         }
-        text << _trailingMessage;
-        return text.str();
+        text += _trailingMessage;
+        return text;
     }
 
     // The second parameter only lets the text kinds below be specialised
-    // inside the class.
+    // inside the class. Numbers are written in plain digits, and anything
+    // else as a stream in the classic locale prints it, whatever locale the
+    // application made global.
     template <class T, class Unused = void>
     struct Append
     {
         static void run(Result& result, const T& value)
         {
-            std::ostringstream text;
-            text << value;
-            result._mainMessage += text.str();
+            if constexpr (isPlainNumber<T>()) {
+                appendNumber(result._mainMessage, value);
+            } else {
+                std::ostringstream text;
+                text.imbue(std::locale::classic());
+                text << value;
+                result._mainMessage += text.str();
+            }
         }
     };
 
@@ -153,6 +167,24 @@ public:
             result._nestedResults += lower.format();
         }
     };
+
+    // Character types print as characters and bool as a word, not digits.
+    template <class T>
+    static constexpr bool isPlainNumber()
+    {
+        return std::is_integral<T>::value && !std::is_same<T, bool>::value && !std::is_same<T, char>::value &&
+               !std::is_same<T, signed char>::value && !std::is_same<T, unsigned char>::value &&
+               !std::is_same<T, wchar_t>::value && !std::is_same<T, char16_t>::value &&
+               !std::is_same<T, char32_t>::value;
+    }
+
+    template <class T>
+    static void appendNumber(std::string& text, T value)
+    {
+        char digits[24];
+        const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
+        text.append(digits, static_cast<std::string::size_type>(end - digits));
+    }
 
     // Returns a copy on purpose: a chain of insertions builds a failure in one
     // expression, each insertion applying to the previous copy.

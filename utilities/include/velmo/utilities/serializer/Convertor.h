@@ -1,10 +1,12 @@
 #ifndef VELMO_UTILITIES_SERIALIZER_CONVERTOR_H
 #define VELMO_UTILITIES_SERIALIZER_CONVERTOR_H
 
+#include <charconv>
 #include <istream>
-#include <sstream>
+#include <locale>
 #include <streambuf>
 #include <string>
+#include <system_error>
 #include <type_traits>
 
 namespace velmo {
@@ -30,14 +32,15 @@ public:
 template <class T>
 struct Convertor
 {
+    // Plain digits, whatever the process's locale.
     static bool toString(const T& value, std::string& text)
     {
-        std::ostringstream stream;
-        stream << value;
-        if (stream.fail() || stream.bad()) {
+        char digits[24];
+        const std::to_chars_result written = std::to_chars(digits, digits + sizeof(digits), value);
+        if (written.ec != std::errc()) {
             return false;
         }
-        text = stream.str();
+        text.assign(digits, written.ptr);
         return true;
     }
 
@@ -51,8 +54,11 @@ struct Convertor
         if (std::is_unsigned<T>::value && text.find('-') != std::string::npos) {
             return false;
         }
+        // The classic locale: a global one that groups digits would accept
+        // "1.000" for 1000.
         TextReader reader(text);
         std::istream stream(&reader);
+        stream.imbue(std::locale::classic());
         if (text.compare(0, 2, "0x") == 0) {
             stream >> std::hex;
         }
