@@ -40,17 +40,18 @@ public:
     }
 
 private:
+    // The serializer keeps nothing between calls but its root name and
+    // version, so one serves every exchange of a kind.
     template <class Cmd, class Serializer>
     PeerResult exchange(const typename Cmd::Request& request, typename Cmd::Answer& answer)
     {
-        std::string requestStr;
-        Serializer requestSerializer;
-        const auto serializeResult = requestSerializer.serialize(request, requestStr);
+        static const Serializer serializer;
+        const auto serializeResult = serializer.serialize(request, _request);
         if (serializeResult.isFailure()) {
             return PeerResult(serializeResult, SerializerError, Success);
         }
         std::string* answerStr = NULL;
-        comms::TextProtocol::ProtocolResult transfer = _protocol.send(requestStr);
+        comms::TextProtocol::ProtocolResult transfer = _protocol.send(_request);
         if (transfer.isSuccess()) {
             transfer = _protocol.receive(answerStr);
         }
@@ -61,10 +62,15 @@ private:
             answerStr != NULL,
             "lipsyncapi/src/Service:94: Assertion answerStr != NULL failed: answer string is null");
         const std::unique_ptr<const std::string> ownedAnswer(answerStr);
-        Serializer answerSerializer;
-        const auto deserializeResult = answerSerializer.deserialize(*ownedAnswer, answer);
+        if (Serializer::readCanonical(*ownedAnswer, answer)) {
+            return PeerResult::success();
+        }
+        const auto deserializeResult = serializer.deserialize(*ownedAnswer, answer);
         return PeerResult(deserializeResult, SerializerError, Success);
     }
+
+    // The last request's text; kept so that its buffer serves the next one.
+    std::string _request;
 };
 
 } // namespace cmdfrmwrk

@@ -20,6 +20,15 @@ public:
 
     XmlSerializer() : velmo::utilities::xmlserializer::XmlSerializer<List>("AKVO", version()) {}
 
+    // A command set may read the answers in the one form its server prints
+    // without parsing a document (returning true having filled `answer` as
+    // deserialize would); by default every answer takes the general path.
+    template <class Answer>
+    static bool readCanonical(const std::string&, Answer&)
+    {
+        return false;
+    }
+
 private:
     // A fresh serializer is built for every request and every answer, so the
     // text is put together without a string stream, whose buffer would cost

@@ -1,0 +1,196 @@
+#include "velmo/kvo/lipsync/LipSyncSerializer.h"
+
+#include <climits>
+#include <cstring>
+
+// Reading the answers in the one form the engine prints, without a document.
+//
+// The engine prints every answer compactly, in one layout: the declaration,
+// the root with its version, the command element, the Result (ErrorCode, then
+// Message) and, for GetAudioTs, the four timestamps in their order, nothing
+// in between and nothing after. readCanonical accepts exactly that layout
+// and declines anything else, having written nothing; the caller then reads
+// the answer the general way. It accepts:
+//
+//   - the fixed text, byte for byte, with "AKVO" and "0.1.0";
+//   - ErrorCode: an optional "-" and one or more decimal digits whose value
+//     fits an int (leading zeros allowed);
+//   - Message: "<Message/>", "<Message />", "<Message></Message>", or the
+//     element holding words of printable ASCII other than "<", ">" and "&",
+//     separated by single blanks, with no blank at either end;
+//   - each timestamp: one or more decimal digits whose value fits 64 bits.
+//
+// Why the general path reads every accepted answer to the same result:
+//
+//   - The text is a well-formed document of depth four, so the depth check
+//     lets it through, TinyXML builds the tree it spells, and the envelope
+//     checks (root name, version, a single top-level element, a first child)
+//     all pass, the first child being the command element of the right name.
+//   - Every element the readers look for is there, once, under the right
+//     parent, with one text child; there is no comment, CDATA, entity or
+//     white space that TinyXML would drop, condense or decode, so each text
+//     node holds exactly the bytes between the tags.
+//   - The number readers refuse white space and "0x" switches to hexadecimal;
+//     neither occurs. A decimal digit run, with "-" only for the code, parses
+//     to its value when it fits the type and fails otherwise, and "fits" is
+//     the check made here. The classic locale has no grouping.
+//   - The message reader appends the text, or nothing for an empty element,
+//     to a Result whose code was just set; the general path then assigns
+//     that Result, and the four timestamps, to the answer. Here the answer
+//     receives the same code, message and timestamps.
+//   - The exchange's outcome is the Peer success in both cases: the general
+//     path's success carries its suffix texts in the serializer result only,
+//     which the Peer result does not keep.
+//
+// A differential test checks this on boundary values, random answers and
+// every one-byte change of each canonical answer, and a fuzz target mutates
+// inside this layout.
+
+namespace velmo {
+namespace kvo {
+namespace lipsync {
+
+namespace {
+
+class Cursor
+{
+public:
+    explicit Cursor(const std::string& text) : _at(text.data()), _end(text.data() + text.size()) {}
+
+    template <std::size_t N>
+    bool literal(const char (&text)[N])
+    {
+        const std::size_t length = N - 1;
+        if (static_cast<std::size_t>(_end - _at) < length || std::memcmp(_at, text, length) != 0) {
+            return false;
+        }
+        _at += length;
+        return true;
+    }
+
+    bool unsignedNumber(unsigned long long& value)
+    {
+        const char* const start = _at;
+        value = 0;
+        for (; _at < _end && isDigit(*_at); ++_at) {
+            const unsigned digit = static_cast<unsigned>(*_at - '0');
+            if (value > (ULLONG_MAX - digit) / 10) {
+                return false;
+            }
+            value = value * 10 + digit;
+        }
+        return _at > start;
+    }
+
+    bool signedInt(int& value)
+    {
+        const bool negative = _at < _end && *_at == '-';
+        _at += negative ? 1 : 0;
+        unsigned long long magnitude = 0;
+        const unsigned long long limit = negative ? static_cast<unsigned long long>(INT_MAX) + 1 : INT_MAX;
+        if (!unsignedNumber(magnitude) || magnitude > limit) {
+            return false;
+        }
+        value = negative ? static_cast<int>(-static_cast<long long>(magnitude)) : static_cast<int>(magnitude);
+        return true;
+    }
+
+    // The text of a Message element, the empty forms included.
+    bool message(const char*& text, std::size_t& size)
+    {
+        text = _at;
+        size = 0;
+        if (literal("<Message/>") || literal("<Message />") || literal("<Message></Message>")) {
+            return true;
+        }
+        if (!literal("<Message>")) {
+            return false;
+        }
+        text = _at;
+        while (_at < _end && isWordCharacter(*_at)) {
+            ++_at;
+            if (_at + 1 < _end && *_at == ' ' && isWordCharacter(_at[1])) {
+                ++_at;
+            }
+        }
+        size = static_cast<std::size_t>(_at - text);
+        return size > 0 && literal("</Message>");
+    }
+
+    bool atEnd() const { return _at == _end; }
+
+private:
+    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+    static bool isWordCharacter(char c) { return c > ' ' && c < 0x7f && c != '<' && c != '>' && c != '&'; }
+
+    const char* _at;
+    const char* const _end;
+};
+
+bool readResult(Cursor& cursor, int& code, const char*& message, std::size_t& messageSize)
+{
+    return cursor.literal("<Result><ErrorCode>") && cursor.signedInt(code) &&
+           cursor.literal("</ErrorCode>") && cursor.message(message, messageSize) &&
+           cursor.literal("</Result>");
+}
+
+void storeResult(cmdfrmwrk::Command::Answer& answer, int code, const char* message, std::size_t messageSize)
+{
+    velmo::utilities::result::Result<cmdfrmwrk::Command::ResultTrait> result(
+        static_cast<cmdfrmwrk::Command::ResultCode>(code));
+    result._mainMessage.assign(message, messageSize);
+    answer.result = std::move(result);
+}
+
+const char declarationAndRoot[] = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\">";
+
+} // namespace
+
+bool LipSyncXmlSerializer::readCanonical(const std::string& xml, GetAudioTs::Answer& answer)
+{
+    Cursor cursor(xml);
+    int code = 0;
+    const char* message = nullptr;
+    std::size_t messageSize = 0;
+    common::LipSyncNtpTimestamps timestamps{};
+    const bool canonical =
+        cursor.literal(declarationAndRoot) && cursor.literal("<GetAudioTs_Answer>") &&
+        readResult(cursor, code, message, messageSize) &&
+        cursor.literal("<LipSyncNtpTimestamps><capture_timestamp>") &&
+        cursor.unsignedNumber(timestamps.tCap) &&
+        cursor.literal("</capture_timestamp><rendering_timestamp>") &&
+        cursor.unsignedNumber(timestamps.tRdr) &&
+        cursor.literal("</rendering_timestamp><receiving_timestamp>") &&
+        cursor.unsignedNumber(timestamps.tRcv) &&
+        cursor.literal("</receiving_timestamp><jitter_buffer_depth>") &&
+        cursor.unsignedNumber(timestamps.jbmDepth) &&
+        cursor.literal("</jitter_buffer_depth></LipSyncNtpTimestamps></GetAudioTs_Answer></AKVO>") &&
+        cursor.atEnd();
+    if (!canonical) {
+        return false;
+    }
+    answer.timestamps = timestamps;
+    storeResult(answer, code, message, messageSize);
+    return true;
+}
+
+bool LipSyncXmlSerializer::readCanonical(const std::string& xml, SetAudioDelay::Answer& answer)
+{
+    Cursor cursor(xml);
+    int code = 0;
+    const char* message = nullptr;
+    std::size_t messageSize = 0;
+    const bool canonical = cursor.literal(declarationAndRoot) && cursor.literal("<SetAudioDelay_Answer>") &&
+                           readResult(cursor, code, message, messageSize) &&
+                           cursor.literal("</SetAudioDelay_Answer></AKVO>") && cursor.atEnd();
+    if (!canonical) {
+        return false;
+    }
+    storeResult(answer, code, message, messageSize);
+    return true;
+}
+
+} // namespace lipsync
+} // namespace kvo
+} // namespace velmo
