@@ -5,8 +5,11 @@
 //
 //   akvo-call-cost --server PATH --call get|set|raw-get|raw-set --calls N
 //
-// Exits 1 if a call failed or an answer was not the canned one.
+// Prints how many heap allocations the calls made (operator new, which this
+// binary counts), connecting left out. Exits 1 if a call failed or an answer was not the canned
+// one.
 
+#include "AllocationCounter.h"
 #include "Frames.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
@@ -59,12 +62,14 @@ bool rawCalls(const std::string& server, const char* request, size_t requestSize
     return true;
 }
 
-bool serviceCalls(const std::string& server, bool get, long calls)
+// `allocations` counts those of the calls alone, not of connecting.
+bool serviceCalls(const std::string& server, bool get, long calls, uint64_t& allocations)
 {
     Service service;
     if (service.connect(server).isFailure()) {
         return false;
     }
+    const uint64_t before = currentAllocationCount().allocations;
     for (long call = 0; call < calls; ++call) {
         velmo::kvo::common::LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
         const bool done = get ? service.getAudioTimestamps(timestamps).isSuccess() &&
@@ -74,6 +79,7 @@ bool serviceCalls(const std::string& server, bool get, long calls)
             return false;
         }
     }
+    allocations = currentAllocationCount().allocations - before;
     return service.disconnect().isSuccess();
 }
 
@@ -99,8 +105,9 @@ int main(int argc, char** argv)
         return usage();
     }
     bool done;
+    uint64_t allocations = 0;
     if (call == "get" || call == "set") {
-        done = serviceCalls(server, call == "get", calls);
+        done = serviceCalls(server, call == "get", calls, allocations);
     } else if (call == "raw-get") {
         done = rawCalls(server, getAudioTsRequestFrame, sizeof(getAudioTsRequestFrame) - 1,
                         sizeof(getAudioTsAnswerFrame) - 1, calls);
@@ -114,5 +121,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "akvo-call-cost: a %s call failed\n", call.c_str());
         return 1;
     }
+    std::printf("allocations %llu\n", static_cast<unsigned long long>(allocations));
     return 0;
 }

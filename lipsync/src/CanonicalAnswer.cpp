@@ -1,6 +1,7 @@
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 
 // Reading the answers in the one form the engine prints, without a document.
@@ -68,18 +69,36 @@ public:
         return true;
     }
 
+    // One or more digits whose value fits 64 bits. The digits are summed in
+    // runs of nine with 32-bit arithmetic, and whether they fit is told from
+    // the text: per-digit 64-bit arithmetic is slow on 32-bit x86.
     bool unsignedNumber(unsigned long long& value)
     {
+        static const char largest[] = "18446744073709551615";
         const char* const start = _at;
-        value = 0;
-        for (; _at < _end && isDigit(*_at); ++_at) {
-            const unsigned digit = static_cast<unsigned>(*_at - '0');
-            if (value > (ULLONG_MAX - digit) / 10) {
-                return false;
-            }
-            value = value * 10 + digit;
+        while (_at < _end && isDigit(*_at)) {
+            ++_at;
         }
-        return _at > start;
+        const char* digits = start;
+        while (_at - digits > 1 && *digits == '0') {
+            ++digits;
+        }
+        const std::size_t count = static_cast<std::size_t>(_at - digits);
+        if (count == 0 || count > sizeof(largest) - 1 ||
+            (count == sizeof(largest) - 1 && std::memcmp(digits, largest, count) > 0)) {
+            return false;
+        }
+        value = 0;
+        for (std::size_t run = (count - 1) % 9 + 1; digits < _at; digits += run, run = 9) {
+            uint32_t part = 0;
+            uint32_t scale = 1;
+            for (std::size_t i = 0; i < run; ++i) {
+                part = part * 10 + static_cast<uint32_t>(digits[i] - '0');
+                scale *= 10;
+            }
+            value = value * scale + part;
+        }
+        return true;
     }
 
     bool signedInt(int& value)

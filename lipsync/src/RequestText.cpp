@@ -1,6 +1,6 @@
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 
-#include <charconv>
+#include "velmo/utilities/Decimal.h"
 
 namespace velmo {
 namespace kvo {
@@ -62,8 +62,8 @@ XmlResult LipSyncXmlSerializer::serialize(const SetAudioDelay::Request& request,
     if (around.before.empty()) {
         return Generic::serialize(request, xml);
     }
-    char digits[20];
-    const char* end = std::to_chars(digits, digits + sizeof(digits), request.delayMs).ptr;
+    char digits[velmo::utilities::maxDecimalDigits];
+    const char* end = velmo::utilities::writeDecimal(digits, request.delayMs);
     xml.assign(around.before)
         .append(digits, static_cast<std::string::size_type>(end - digits))
         .append(around.after);

@@ -67,6 +67,17 @@ int __android_log_buf_write(int bufID, int prio, const char* tag, const char* te
 int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap)
 {
     char message[formatBufferSize];
+    // "%s" with a text that fits is what every line of the library's own log
+    // looks like; the formatter would only copy it.
+    if (std::strcmp(fmt, "%s") == 0) {
+        va_list copy;
+        va_copy(copy, ap);
+        const char* text = va_arg(copy, const char*);
+        va_end(copy);
+        if (text != nullptr && strnlen(text, sizeof(message)) < sizeof(message)) {
+            return __android_log_write(prio, tag, text);
+        }
+    }
     std::vsnprintf(message, sizeof(message), fmt, ap);
     return __android_log_write(prio, tag, message);
 }

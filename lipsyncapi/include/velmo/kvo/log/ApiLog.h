@@ -1,9 +1,9 @@
 #ifndef VELMO_KVO_LOG_APILOG_H
 #define VELMO_KVO_LOG_APILOG_H
 
+#include "velmo/utilities/Decimal.h"
 #include "velmo/utilities/log/GenericLog.h"
 
-#include <charconv>
 #include <cstring>
 #include <string>
 
@@ -88,8 +88,8 @@ private:
 
     ApiLog& addNumber(const char* name, unsigned long long value)
     {
-        char digits[20];
-        const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
+        char digits[velmo::utilities::maxDecimalDigits];
+        const char* end = velmo::utilities::writeDecimal(digits, value);
         return addText(name, digits, static_cast<std::string::size_type>(end - digits));
     }
 
