@@ -101,6 +101,19 @@ INSTANTIATE_TEST_SUITE_P(
                    "\x03T\0z\0"s},
         RecordCase{"printCutToItsBuffer", [] { return __android_log_print(4, "T", "%s", text5000.c_str()); },
                    0, "\x04T\0"s + std::string(1023, 'a') + '\0'},
+        RecordCase{"printFillingItsBuffer",
+                   [] { return __android_log_print(4, "T", "%s", text5000.substr(0, 1023).c_str()); }, 0,
+                   "\x04T\0"s + std::string(1023, 'a') + '\0'},
+        RecordCase{"printOneByteOverItsBuffer",
+                   [] { return __android_log_print(4, "T", "%s", text5000.substr(0, 1024).c_str()); }, 0,
+                   "\x04T\0"s + std::string(1023, 'a') + '\0'},
+        // Through a volatile, so that the compiler does not see the null.
+        RecordCase{"printNullText",
+                   [] {
+                       const char* volatile none = nullptr;
+                       return __android_log_print(4, "T", "%s", none);
+                   },
+                   0, "\x04T\0(null)\0"s},
         RecordCase{"bwrite", [] { return __android_log_bwrite(0x01020304, eventBytes, 3); }, 2,
                    "\x04\x03\x02\x01\xaa\xbb\xcc"s},
         RecordCase{"btwrite", [] { return __android_log_btwrite(42, 1, eventBytes, 2); }, 2,
