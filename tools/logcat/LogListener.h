@@ -6,17 +6,27 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace velmo {
 namespace kvo {
 namespace logcat {
 
-// The datagram socket that stands in for the log daemon's. Owns the socket
-// file: a stale one is replaced at bind, and it is removed on destruction.
+// The datagram socket that stands in for the log daemon's. A socket file
+// that nobody receives on any more is replaced at bind; a live one, or a file
+// that is no socket, is left alone. On destruction the socket file is removed
+// only if it is still the one this listener bound.
 class LogListener
 {
 public:
+    enum class BindOutcome
+    {
+        Bound,
+        Refused, // the user's path cannot be used
+        Failed   // the system refused a socket
+    };
+
     enum class Outcome
     {
         Datagram,
@@ -28,7 +38,8 @@ public:
     explicit LogListener(const StopSignals& signals);
     ~LogListener();
 
-    bool bind(const std::string& path, std::string& error);
+    // On failure `error` holds a one-line reason.
+    BindOutcome bind(const std::string& path, std::string& error);
 
     // Waits for the next datagram or a stop signal. Oversized: the datagram
     // had `size` bytes, more than the buffer holds, and was dropped.
@@ -38,9 +49,13 @@ public:
     LogListener& operator=(const LogListener&) = delete;
 
 private:
+    BindOutcome clearPath(const std::string& path, std::string& error);
+
     const StopSignals& _signals;
     int _fd;
     std::string _path;
+    dev_t _device = 0;
+    ino_t _inode = 0;
 };
 
 } // namespace logcat

@@ -16,6 +16,8 @@ using namespace velmo::kvo::logcat;
 
 namespace {
 
+constexpr int usageError = 2;
+
 void printRecord(const std::vector<uint8_t>& datagram, bool json)
 {
     LogRecord record;
@@ -38,14 +40,23 @@ int main(int argc, char** argv)
     CLI::App app{"Prints the records that the log writer sends to its datagram socket."};
     app.add_option("--socket", path, "Socket path to bind")->capture_default_str();
     app.add_flag("--json", json, "Print one JSON object per record");
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        return app.exit(success);
+    } catch (const CLI::ParseError& error) {
+        // CLI11's own statuses (105, 109, ...) say nothing a script can rely on.
+        app.exit(error);
+        return usageError;
+    }
 
     const StopSignals signals;
     LogListener listener(signals);
     std::string error;
-    if (!listener.bind(path, error)) {
+    const LogListener::BindOutcome bound = listener.bind(path, error);
+    if (bound != LogListener::BindOutcome::Bound) {
         std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
-        return 1;
+        return bound == LogListener::BindOutcome::Refused ? usageError : 1;
     }
     std::fprintf(stderr, "akvo-logcat: listening on %s\n", path.c_str());
 
