@@ -2,8 +2,10 @@
 
 #include "TextEscape.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 
 namespace velmo {
 namespace kvo {
@@ -17,15 +19,42 @@ char priorityLetter(uint8_t priority)
     return priority >= 2 && priority <= 7 ? letters[priority - 2] : '?';
 }
 
+// Seconds east of UTC of the local zone at `seconds`. Records count unsigned
+// 32-bit seconds, up to 2106, while a 32-bit time_t ends in January 2038; past
+// its end the zone is asked about the same moment whole 28-year cycles earlier,
+// which fall on the same dates and weekdays (after February 2100, a day apart),
+// so its daylight-saving rules give the same offset.
+int64_t localOffset(int64_t seconds)
+{
+    constexpr int64_t cycle = (28 * 365 + 7) * int64_t{86400};
+    while (seconds > std::numeric_limits<time_t>::max()) {
+        seconds -= cycle;
+    }
+    const time_t asked = static_cast<time_t>(seconds);
+    tm local = {};
+    localtime_r(&asked, &local);
+    return local.tm_gmtoff;
+}
+
 std::string timeAndThread(const LogRecord& record)
 {
-    const time_t seconds = static_cast<time_t>(record.seconds);
-    tm local;
-    localtime_r(&seconds, &local);
+    const int64_t local = int64_t{record.seconds} + localOffset(record.seconds);
+    const int64_t days = local / 86400 - (local % 86400 < 0 ? 1 : 0);
+    const int64_t secondOfDay = local - days * 86400;
+    // Month and day from the days since 1970-01-01 (-1 at the least): the
+    // Gregorian calendar repeats every 400 years, counted here from 0000-03-01
+    // so that a leap day ends its year.
+    const int64_t dayOfEra = (days + 719468) % 146097;
+    const int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const int64_t shiftedMonth = (5 * dayOfYear + 2) / 153;
+    const int64_t day = dayOfYear - (153 * shiftedMonth + 2) / 5 + 1;
+    const int64_t month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
     char text[64];
-    std::snprintf(text, sizeof(text), "%02d-%02d %02d:%02d:%02d.%03u %u", local.tm_mon + 1, local.tm_mday,
-                  local.tm_hour, local.tm_min, local.tm_sec, record.nanoseconds / 1000000u,
-                  static_cast<unsigned>(record.threadId));
+    std::snprintf(text, sizeof(text), "%02d-%02d %02d:%02d:%02d.%03u %u", static_cast<int>(month),
+                  static_cast<int>(day), static_cast<int>(secondOfDay / 3600),
+                  static_cast<int>(secondOfDay / 60 % 60), static_cast<int>(secondOfDay % 60),
+                  record.nanoseconds / 1000000u, static_cast<unsigned>(record.threadId));
     return text;
 }
 

@@ -85,4 +85,47 @@ INSTANTIATE_TEST_SUITE_P(
                                    "abc"s),
                        "refused: string event declares 2 bytes but carries 3"s)));
 
+struct TimeCase
+{
+    const char* zone;
+    uint32_t seconds;
+    const char* line;
+};
+
+class TextTime : public ::testing::TestWithParam<TimeCase>
+{
+};
+
+// Records count unsigned 32-bit seconds: the dates past 2038 must not wrap to
+// 1901 where time_t has 32 bits. The zones are POSIX rules, so no zone files
+// are read.
+TEST_P(TextTime, IsTheLocalTimeOfTheRecordsUnsignedSeconds)
+{
+    setenv("TZ", GetParam().zone, 1);
+    tzset();
+    velmo::kvo::logcat::LogRecord record;
+    record.threadId = 77;
+    record.seconds = GetParam().seconds;
+    record.nanoseconds = 999999999;
+    record.priority = 4;
+    record.tag = "T";
+    record.message = "m";
+    EXPECT_EQ(GetParam().line, velmo::kvo::logcat::formatTextLine(record));
+    setenv("TZ", "UTC", 1);
+    tzset();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Dates, TextTime,
+    ::testing::Values(TimeCase{"UTC", 0, "01-01 00:00:00.999 77 I/T: m"},
+                      TimeCase{"UTC", 2147483647, "01-19 03:14:07.999 77 I/T: m"},
+                      TimeCase{"UTC", 2147483648, "01-19 03:14:08.999 77 I/T: m"},
+                      TimeCase{"UTC", 2214172799, "02-29 23:59:59.999 77 I/T: m"},
+                      TimeCase{"UTC", 4107542399, "02-28 23:59:59.999 77 I/T: m"},
+                      TimeCase{"UTC", 4294967295, "02-07 06:28:15.999 77 I/T: m"},
+                      TimeCase{"EST5EDT,M3.2.0,M11.1.0", 0, "12-31 19:00:00.999 77 I/T: m"},
+                      TimeCase{"EST5EDT,M3.2.0,M11.1.0", 2224756800, "07-01 08:00:00.999 77 I/T: m"},
+                      TimeCase{"CET-1CEST,M3.5.0,M10.5.0/3", 2224756800, "07-01 14:00:00.999 77 I/T: m"},
+                      TimeCase{"CET-1CEST,M3.5.0,M10.5.0/3", 4107542399, "03-01 00:59:59.999 77 I/T: m"}));
+
 } // namespace
