@@ -9,6 +9,7 @@ allowed='^(velmo::kvo::lipsyncapi::Service::'\
 '|velmo::kvo::comms::(Link|Client|TextProtocol)::'\
 '|velmo::utilities::result::ErrnoTrait::'\
 '|(vtable|typeinfo|typeinfo name) for velmo::kvo::(comms::(TextProtocol|Protocol<.*>)|lipsyncapi::Service.*)$'\
+'|akvo_lipsync_[a-z_]+$'\
 '|__android_log_[a-z_]+$'\
 '|throughput_limit$'\
 ')'
@@ -48,6 +49,17 @@ required=(
   'velmo::kvo::comms::TextProtocol::~TextProtocol()'
   'velmo::kvo::comms::TextProtocol::endMessageMarker'
   'velmo::utilities::result::ErrnoTrait::toString(int)'
+  'akvo_lipsync_create'
+  'akvo_lipsync_destroy'
+  'akvo_lipsync_set_deadline'
+  'akvo_lipsync_connect'
+  'akvo_lipsync_disconnect'
+  'akvo_lipsync_get_capabilities'
+  'akvo_lipsync_set_audio_delay_margin'
+  'akvo_lipsync_get_audio_delay_margin'
+  'akvo_lipsync_get_audio_timestamps'
+  'akvo_lipsync_set_video_timestamps'
+  'akvo_lipsync_result_text'
   '__android_log_write'
   '__android_log_buf_write'
   '__android_log_print'

@@ -66,6 +66,8 @@ public:
 
 private:
     friend struct ServiceTestAccess;
+    // The C interface closes a late exchange's socket from a watchdog thread.
+    friend struct ServiceLink;
 
     ServiceResult connectInternal(const std::string& socketName);
     ServiceResult disconnectInternal();

@@ -1,0 +1,255 @@
+#include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
+
+#include "ServiceLink.h"
+#include "Watchdog.h"
+#include "velmo/kvo/lipsyncapi/Service.h"
+
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <mutex>
+#include <new>
+#include <string>
+
+using velmo::kvo::common::LipSyncNtpTimestamps;
+using velmo::kvo::lipsyncapi::Service;
+using velmo::kvo::lipsyncapi::ServiceLink;
+using velmo::kvo::lipsyncapi::Watchdog;
+
+struct akvo_lipsync_service
+{
+    std::timed_mutex mutex;
+    std::atomic<uint32_t> deadlineMs{0};
+    Service service;
+    Watchdog watchdog;
+};
+
+namespace {
+
+// Per thread, so that no other thread's call can replace a text before its
+// caller has read it.
+thread_local std::string resultText;
+
+int32_t report(int32_t code, std::string text)
+{
+    resultText = std::move(text);
+    return code;
+}
+
+int32_t report(const Service::ServiceResult& result)
+{
+    return report(result.getErrorCode(), result.format());
+}
+
+int32_t invalid(const char* what)
+{
+    return report(AKVO_LIPSYNC_INVALID_PARAM, std::string("Invalid Param (Code 1002): ") + what + " is NULL");
+}
+
+// The text protocol receives through one buffer shared by the whole process,
+// so only one exchange may wait for the engine at a time.
+std::timed_mutex& exchangeMutex()
+{
+    static std::timed_mutex mutex;
+    return mutex;
+}
+
+class Deadline
+{
+public:
+    explicit Deadline(uint32_t milliseconds)
+        : _milliseconds(milliseconds), _at(Watchdog::Clock::now() + std::chrono::milliseconds(milliseconds))
+    {
+    }
+
+    bool isSet() const { return _milliseconds != 0; }
+    Watchdog::Clock::time_point at() const { return _at; }
+
+    // False when the deadline passed before the lock was free.
+    bool lock(std::unique_lock<std::timed_mutex>& lock) const
+    {
+        if (!isSet()) {
+            lock.lock();
+            return true;
+        }
+        return lock.try_lock_until(_at);
+    }
+
+    std::string waitedTooLong() const
+    {
+        return "Deadline exceeded (Code 1100): Still waiting for another call after " +
+               std::to_string(_milliseconds) + " ms, nothing done";
+    }
+
+    std::string cutShort(const Service::ServiceResult& result) const
+    {
+        return "Deadline exceeded (Code 1100): No answer within " + std::to_string(_milliseconds) +
+               " ms, disconnected {" + result.format() + "}";
+    }
+
+private:
+    uint32_t _milliseconds;
+    Watchdog::Clock::time_point _at;
+};
+
+enum class Waits
+{
+    OnlyForItsTurn,
+    ForTheEngine
+};
+
+// Runs one Service call in its turn. A call that waits for the engine under
+// a deadline is watched; if the watchdog had to close the link, the Service
+// is disconnected, so that the answer still on its way can only reach a
+// closed socket and never a later request.
+template <class Call>
+int32_t run(akvo_lipsync_service* handle, Waits waits, Call call) noexcept
+{
+    try {
+        if (handle == nullptr) {
+            return invalid("service");
+        }
+        const Deadline deadline(handle->deadlineMs.load());
+        std::unique_lock<std::timed_mutex> handleLock(handle->mutex, std::defer_lock);
+        std::unique_lock<std::timed_mutex> exchangeLock(exchangeMutex(), std::defer_lock);
+        // Always the handle's lock first: a caller holding several handles
+        // cannot build a cycle.
+        if (!deadline.lock(handleLock) || (waits == Waits::ForTheEngine && !deadline.lock(exchangeLock))) {
+            return report(AKVO_LIPSYNC_DEADLINE_EXCEEDED, deadline.waitedTooLong());
+        }
+        velmo::kvo::comms::Link* watched =
+            waits == Waits::ForTheEngine && deadline.isSet() ? ServiceLink::of(handle->service) : nullptr;
+        if (watched != nullptr && !handle->watchdog.arm(*watched, deadline.at())) {
+            return report(AKVO_LIPSYNC_UNKNOWN_ERROR,
+                          "Unknown error (Code 1001): No thread could be started to watch the deadline");
+        }
+        const Service::ServiceResult result = call(handle->service);
+        if (watched != nullptr && handle->watchdog.disarm()) {
+            handle->service.disconnect();
+            return report(AKVO_LIPSYNC_DEADLINE_EXCEEDED, deadline.cutShort(result));
+        }
+        return report(result);
+    } catch (const std::exception&) {
+        try {
+            resultText = "Unknown error (Code 1001): Not enough memory for the call";
+        } catch (const std::exception&) {
+            resultText.clear();
+        }
+        return AKVO_LIPSYNC_UNKNOWN_ERROR;
+    }
+}
+
+} // namespace
+
+extern "C" {
+
+akvo_lipsync_service* akvo_lipsync_create(void)
+{
+    return new (std::nothrow) akvo_lipsync_service;
+}
+
+void akvo_lipsync_destroy(akvo_lipsync_service* service)
+{
+    delete service;
+}
+
+// Not in turn with the calls: a new deadline must not wait behind the call
+// that made it necessary.
+int32_t akvo_lipsync_set_deadline(akvo_lipsync_service* service, uint32_t milliseconds)
+{
+    if (service == nullptr) {
+        return invalid("service");
+    }
+    service->deadlineMs = milliseconds;
+    return report(Service::ServiceResult::success());
+}
+
+int32_t akvo_lipsync_connect(akvo_lipsync_service* service, const char* socket_name)
+{
+    return run(service, Waits::OnlyForItsTurn, [&](Service& target) {
+        return target.connect(socket_name == nullptr ? Service::defaultLipsyncSocketName : socket_name);
+    });
+}
+
+int32_t akvo_lipsync_disconnect(akvo_lipsync_service* service)
+{
+    return run(service, Waits::OnlyForItsTurn, [](Service& target) { return target.disconnect(); });
+}
+
+int32_t akvo_lipsync_get_capabilities(akvo_lipsync_service* service, uint64_t* granularity_ms,
+                                      uint64_t* max_audio_delay_margin_ms)
+{
+    if (granularity_ms == nullptr || max_audio_delay_margin_ms == nullptr) {
+        return invalid(granularity_ms == nullptr ? "granularity_ms" : "max_audio_delay_margin_ms");
+    }
+    unsigned long long granularity = 0;
+    unsigned long long maximum = 0;
+    const int32_t code = run(service, Waits::OnlyForItsTurn,
+                             [&](Service& target) { return target.getCapabilities(granularity, maximum); });
+    if (code == AKVO_LIPSYNC_SUCCESS) {
+        *granularity_ms = granularity;
+        *max_audio_delay_margin_ms = maximum;
+    }
+    return code;
+}
+
+int32_t akvo_lipsync_set_audio_delay_margin(akvo_lipsync_service* service, uint64_t delay_ms)
+{
+    return run(service, Waits::ForTheEngine,
+               [&](Service& target) { return target.setAudioDelayMargin(delay_ms); });
+}
+
+int32_t akvo_lipsync_get_audio_delay_margin(akvo_lipsync_service* service, uint64_t* delay_ms)
+{
+    if (delay_ms == nullptr) {
+        return invalid("delay_ms");
+    }
+    unsigned long long margin = 0;
+    const int32_t code = run(service, Waits::OnlyForItsTurn,
+                             [&](Service& target) { return target.getAudioDelayMargin(margin); });
+    if (code == AKVO_LIPSYNC_SUCCESS) {
+        *delay_ms = margin;
+    }
+    return code;
+}
+
+// The Service logs the record it was given even when the call fails, so it
+// starts from the caller's values; they are handed back only on success,
+// which a call cut by its deadline is not.
+int32_t akvo_lipsync_get_audio_timestamps(akvo_lipsync_service* service, akvo_lipsync_timestamps* timestamps)
+{
+    if (timestamps == nullptr) {
+        return invalid("timestamps");
+    }
+    LipSyncNtpTimestamps values = {timestamps->capture, timestamps->rendering, timestamps->receiving,
+                                   timestamps->jitter_buffer_depth};
+    const int32_t code =
+        run(service, Waits::ForTheEngine, [&](Service& target) { return target.getAudioTimestamps(values); });
+    if (code == AKVO_LIPSYNC_SUCCESS) {
+        *timestamps = {values.tCap, values.tRdr, values.tRcv, values.jbmDepth};
+    }
+    return code;
+}
+
+int32_t akvo_lipsync_set_video_timestamps(akvo_lipsync_service* service,
+                                          const akvo_lipsync_timestamps* timestamps)
+{
+    if (timestamps == nullptr) {
+        return invalid("timestamps");
+    }
+    const LipSyncNtpTimestamps values = {timestamps->capture, timestamps->rendering, timestamps->receiving,
+                                         timestamps->jitter_buffer_depth};
+    return run(service, Waits::OnlyForItsTurn,
+               [&](Service& target) { return target.setVideoTimestamps(values); });
+}
+
+size_t akvo_lipsync_result_text(char* buffer, size_t size)
+{
+    if (buffer != nullptr && size != 0) {
+        const size_t copied = resultText.copy(buffer, size - 1);
+        buffer[copied] = '\0';
+    }
+    return resultText.size();
+}
+
+} // extern "C"
