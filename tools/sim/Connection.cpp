@@ -60,6 +60,7 @@ Connection::Input Connection::read(std::vector<std::string>& messages)
 
 void Connection::queue(Delivery delivery)
 {
+    _queuedBytes += delivery.bytes.size() - delivery.offset;
     _deliveries.push_back(std::move(delivery));
 }
 
@@ -81,6 +82,7 @@ void Connection::advance(Clock::time_point now, const Log& log)
         std::size_t size = delivery.writeSize == 0 ? left : std::min(left, delivery.writeSize);
         _output.append(delivery.bytes, delivery.offset, size);
         delivery.offset += size;
+        _queuedBytes -= size;
         if (delivery.offset < delivery.bytes.size()) {
             delivery.due = now + delivery.pause;
             return;

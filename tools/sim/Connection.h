@@ -65,18 +65,26 @@ public:
     // Writes as much output as the socket takes; false when the client is gone.
     bool flush();
 
-    bool wantsRead() const { return _reading && !_inputEnded; }
+    // A client that sends requests without reading the answers would make them
+    // pile up here without end; its requests wait in the socket instead.
+    bool wantsRead() const { return _reading && !_inputEnded && unsentBytes() < maxUnsentBytes; }
     bool wantsWrite() const { return !_output.empty(); }
     // When advance has something to do next, if it waits for a time rather than for the socket.
     std::optional<Clock::time_point> nextDue() const;
     bool finished() const;
 
 private:
+    static constexpr std::size_t maxUnsentBytes = 1 << 20;
+
+    std::size_t unsentBytes() const { return _output.size() + _queuedBytes; }
+
     int _fd;
     std::uint64_t _number;
     FrameBuffer _input;
     std::string _output;
     std::deque<Delivery> _deliveries;
+    // The bytes of `_deliveries` not yet moved to `_output`.
+    std::size_t _queuedBytes = 0;
     bool _reading = true;
     bool _inputEnded = false;
     bool _closeWhenFlushed = false;
