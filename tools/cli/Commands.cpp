@@ -1,26 +1,91 @@
 #include "Commands.h"
 
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
 #include <iostream>
+#include <limits>
 
 namespace akvo {
 namespace cli {
 
+namespace {
+
+// CLI11 reads unsigned numbers with strtoull, which takes "-1" for the largest
+// value, turns every number above 2^64-1 into 2^64-1 without a word, and reads
+// "-4294967295" as 1 for a 32-bit option. A number must begin with a digit and
+// fit its type.
+template <typename Unsigned>
+CLI::Validator unsignedNumber()
+{
+    const std::string expected =
+        "expected a number from 0 to " + std::to_string(std::numeric_limits<Unsigned>::max()) + ", got ";
+    return CLI::Validator(
+        [expected](std::string& text) {
+            char* end = nullptr;
+            errno = 0;
+            const unsigned long long value = std::strtoull(text.c_str(), &end, 0);
+            const bool fits = !text.empty() && std::isdigit(static_cast<unsigned char>(text[0])) &&
+                              *end == '\0' && errno != ERANGE &&
+                              value <= std::numeric_limits<Unsigned>::max();
+            return fits ? std::string() : expected + text;
+        },
+        "");
+}
+
+// Splitting and parsing a line take time quadratic in its number of words: a
+// line of millions would hold the shell for minutes.
+constexpr std::size_t maxLineBytes = 64 * 1024;
+
+enum class LineRead
+{
+    Line,
+    TooLong, // the line was read to its end and dropped
+    End
+};
+
+LineRead readLine(std::istream& in, std::string& line)
+{
+    line.clear();
+    std::streambuf& input = *in.rdbuf();
+    int c;
+    while ((c = input.sbumpc()) != std::char_traits<char>::eof() && c != '\n') {
+        if (line.size() <= maxLineBytes) {
+            line += static_cast<char>(c);
+        }
+    }
+    if (line.size() > maxLineBytes) {
+        return LineRead::TooLong;
+    }
+    return c == std::char_traits<char>::eof() && line.empty() ? LineRead::End : LineRead::Line;
+}
+
+} // namespace
+
 void addServiceCommands(CLI::App& app, CommandArgs& args)
 {
+    const CLI::Validator u64 = unsignedNumber<unsigned long long>();
+    const CLI::Validator u32 = unsignedNumber<unsigned int>();
     app.add_subcommand("caps", "Show the delay margins the engine supports");
     CLI::App* setMargin = app.add_subcommand("set-margin", "Set the audio delay margin (ms)");
-    setMargin->add_option("MS", args.delayMs, "Margin in milliseconds: 0 to 100 in steps of 20")->required();
-    app.add_subcommand("get-margin", "Show the last margin the engine accepted");
+    setMargin->add_option("MS", args.delayMs, "Margin in milliseconds: 0 to 100 in steps of 20")
+        ->required()
+        ->check(u64);
+    app.add_subcommand("get-margin", "Show the last margin the engine accepted from this process (kept "
+                                     "by the library, the engine is not asked: 0 unless set-margin "
+                                     "succeeded earlier in the same shell)");
     CLI::App* timestamps = app.add_subcommand("timestamps", "Read the audio path's timestamps");
-    timestamps->add_option("--count", args.count, "Number of samples (0 with --watch: until interrupted)");
-    timestamps->add_option("--interval-ms", args.intervalMs, "Pause between samples in milliseconds");
+    timestamps->add_option("--count", args.count, "Number of samples (0 with --watch: until interrupted)")
+        ->check(u32);
+    timestamps->add_option("--interval-ms", args.intervalMs, "Pause between samples in milliseconds")
+        ->check(u32);
     timestamps->add_flag("--watch", args.watch,
                          "Keep sampling and show latency, network delay and depth live");
     CLI::App* video = app.add_subcommand("video-ts", "Hand over video timestamps");
-    video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required();
-    video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required();
-    video->add_option("RCV", args.receiving, "Receiving timestamp (NTP 64-bit)")->required();
-    video->add_option("DEPTH", args.depth, "Jitter buffer depth")->required();
+    video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required()->check(u64);
+    video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required()->check(u64);
+    video->add_option("RCV", args.receiving, "Receiving timestamp (NTP 64-bit)")->required()->check(u64);
+    video->add_option("DEPTH", args.depth, "Jitter buffer depth")->required()->check(u64);
 }
 
 int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& session)
@@ -57,7 +122,12 @@ int runShell(std::istream& in, const std::string& socketName, const Output& outp
 
     int status = ExitSuccess;
     std::string line;
-    while (std::getline(in, line)) {
+    for (LineRead read; (read = readLine(in, line)) != LineRead::End;) {
+        if (read == LineRead::TooLong) {
+            output.error("shell", "line longer than " + std::to_string(maxLineBytes) + " bytes, skipped");
+            status = ExitUsage;
+            continue;
+        }
         if (line.find_first_not_of(" \t\r") == std::string::npos ||
             line[line.find_first_not_of(" \t")] == '#') {
             continue;

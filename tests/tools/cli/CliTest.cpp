@@ -60,6 +60,11 @@ INSTANTIATE_TEST_SUITE_P(
                     "receiving=16045690984404992 jitterBufferDepth=40 audioLatencyMs=0.100 "
                     "networkDelayMs=0.100\n"},
         CommandCase{"VideoTimestamps", {}, {"video-ts", "1", "2", "3", "4"}, 0, "video-ts: Success\n"},
+        CommandCase{"VideoTimestampsAtTheLargestNumber",
+                    {},
+                    {"video-ts", "18446744073709551615", "0", "0", "18446744073709551615"},
+                    0,
+                    "video-ts: Success\n"},
         CommandCase{
             "NotInCall",
             {"--idle"},
@@ -116,6 +121,104 @@ TEST(Cli, UsageErrorsExitWithTwo)
     EXPECT_EQ(0, cli({"--help"}).exitStatus);
     EXPECT_EQ(0, cli({"timestamps", "--help"}).exitStatus);
 }
+
+struct BadNumberCase
+{
+    std::vector<std::string> arguments;
+    const char* error;
+};
+
+// strtoull, under the option parser, would take a sign or an overflow for a number.
+class BadNumber : public ::testing::TestWithParam<BadNumberCase>
+{
+protected:
+    std::string line() const
+    {
+        std::string line;
+        for (const std::string& argument : GetParam().arguments) {
+            line += (line.empty() ? "" : " ") + argument;
+        }
+        return line;
+    }
+};
+
+TEST_P(BadNumber, IsAUsageError)
+{
+    std::vector<std::string> arguments{"--socket", "/tmp/akvo-cli-nobody-listens"};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const ProgramOutput run = cli(arguments);
+    EXPECT_EQ(2, run.exitStatus);
+    EXPECT_EQ("", run.standardOutput);
+    EXPECT_EQ(std::string(GetParam().error) + "\nRun with --help for more information.\n", run.standardError);
+}
+
+TEST_P(BadNumber, IsReportedByTheShellWhichGoesOn)
+{
+    const ProgramOutput run =
+        cli({"--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, line() + "\nget-margin\n");
+    EXPECT_EQ(5, run.exitStatus);
+    EXPECT_EQ(line() + ": " + GetParam().error +
+                  "\nget-margin: Bad state (Code 1003): Not connected to the audio KVO\n",
+              run.standardOutput);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cli, BadNumber,
+    ::testing::Values(
+        BadNumberCase{{"video-ts", "-1", "-1", "-1", "-1"},
+                      "CAP: expected a number from 0 to 18446744073709551615, got -1"},
+        BadNumberCase{{"video-ts", "18446744073709551616", "0", "0", "0"},
+                      "CAP: expected a number from 0 to 18446744073709551615, got 18446744073709551616"},
+        BadNumberCase{{"video-ts", "1", "2", "3", "+4"},
+                      "DEPTH: expected a number from 0 to 18446744073709551615, got +4"},
+        BadNumberCase{{"set-margin", "18446744073709551616"},
+                      "MS: expected a number from 0 to 18446744073709551615, got 18446744073709551616"},
+        BadNumberCase{{"set-margin", "-20"}, "MS: expected a number from 0 to 18446744073709551615, got -20"},
+        BadNumberCase{{"set-margin", "+20"}, "MS: expected a number from 0 to 18446744073709551615, got +20"},
+        BadNumberCase{{"timestamps", "--count", "-4294967295"},
+                      "--count: expected a number from 0 to 4294967295, got -4294967295"},
+        BadNumberCase{{"timestamps", "--interval-ms", "4294967296"},
+                      "--interval-ms: expected a number from 0 to 4294967295, got 4294967296"}));
+
+struct LongLineCase
+{
+    const char* name;
+    std::string line;
+    const char* output;
+};
+
+class ShellLine : public ::testing::TestWithParam<LongLineCase>
+{
+};
+
+TEST_P(ShellLine, LongerThan64KiBIsSkipped)
+{
+    const ProgramOutput run =
+        cli({"--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, GetParam().line + "\nget-margin\n");
+    EXPECT_EQ(5, run.exitStatus);
+    EXPECT_EQ(std::string(GetParam().output) +
+                  "get-margin: Bad state (Code 1003): Not connected to the audio KVO\n",
+              run.standardOutput);
+}
+
+std::string wordsOf(size_t count)
+{
+    std::string words;
+    for (size_t i = 0; i < count; ++i) {
+        words += "x ";
+    }
+    return words;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cli, ShellLine,
+    ::testing::Values(LongLineCase{"AtTheLimit", "caps" + std::string(65532, ' '),
+                                   "caps: Bad state (Code 1003): Not connected to the audio KVO\n"},
+                      LongLineCase{"OneByteOver", "caps" + std::string(65533, ' '),
+                                   "shell: line longer than 65536 bytes, skipped\n"},
+                      LongLineCase{"MillionsOfWords", "caps " + wordsOf(3000000),
+                                   "shell: line longer than 65536 bytes, skipped\n"}),
+    [](const ::testing::TestParamInfo<LongLineCase>& info) { return std::string(info.param.name); });
 
 TEST(Cli, ShellKeepsOneServiceAcrossCommands)
 {
