@@ -33,16 +33,9 @@ std::string numberText(FuzzedDataProvider& data, bool isSigned)
 
 std::string messageElement(FuzzedDataProvider& data)
 {
-    switch (data.ConsumeIntegralInRange(0, 4)) {
-    case 0:
-        return "<Message/>";
-    case 1:
-        return "<Message />";
-    case 2:
-        return "<Message></Message>";
-    default:
-        return "<Message>" + data.ConsumeRandomLengthString(32) + "</Message>";
-    }
+    const int form = data.ConsumeIntegralInRange(0, 4);
+    return form < 3 ? akvo::test::emptyMessageForms[form]
+                    : "<Message>" + data.ConsumeRandomLengthString(32) + "</Message>";
 }
 
 std::string answerText(FuzzedDataProvider& data, bool get)

@@ -1,4 +1,5 @@
 #include "LogReceiver.h"
+#include "WriterMessages.h"
 #include "velmo/kvo/log/AndroidLog.h"
 
 #include <gtest/gtest.h>
@@ -12,19 +13,12 @@
 #include <vector>
 
 using akvo::test::LogRecord;
+using akvo::test::writerMessage;
 
 namespace {
 
 constexpr int writerCount = 6;
 constexpr int recordsPerWriter = 400;
-
-// Sizes vary so that records of different lengths interleave in the socket.
-std::string messageOf(int writer, int record)
-{
-    return "writer " + std::to_string(writer) + " record " + std::to_string(record) + " " +
-           std::string(static_cast<size_t>((writer * 37 + record * 11) % 300),
-                       static_cast<char>('a' + writer));
-}
 
 // Every writer thread logs its records at once, while the receiver reads
 // or before it does. A record that the writer reports as sent must arrive
@@ -53,7 +47,7 @@ int runRound(akvo::test::LogReceiver& receiver, bool reading)
         threads.emplace_back([&results, writer] {
             const std::string tag = "W" + std::to_string(writer);
             for (int record = 0; record < recordsPerWriter; ++record) {
-                const std::string message = messageOf(writer, record);
+                const std::string message = writerMessage(writer, record);
                 const int priority = AKVO_LOG_DEBUG + record % 4;
                 results[writer][record] =
                     record % 2 == 0 ? __android_log_write(priority, tag.c_str(), message.c_str())
@@ -77,7 +71,7 @@ int runRound(akvo::test::LogReceiver& receiver, bool reading)
             continue;
         }
         EXPECT_EQ("W" + std::to_string(writer), record.tag) << record.message;
-        EXPECT_EQ(messageOf(writer, number), record.message);
+        EXPECT_EQ(writerMessage(writer, number), record.message);
         EXPECT_EQ(AKVO_LOG_DEBUG + number % 4, record.priority) << record.message;
         ++arrivals[writer][number];
     }
@@ -87,7 +81,7 @@ int runRound(akvo::test::LogReceiver& receiver, bool reading)
             const int result = results[writer][number];
             // Priority, then tag and message with their NULs.
             const int payload =
-                static_cast<int>(4 + std::to_string(writer).size() + messageOf(writer, number).size());
+                static_cast<int>(4 + std::to_string(writer).size() + writerMessage(writer, number).size());
             EXPECT_EQ(result > 0 ? payload : -EAGAIN, result) << "writer " << writer << " record " << number;
             EXPECT_EQ(result > 0 ? 1 : 0, arrivals[writer][number])
                 << "writer " << writer << " record " << number;

@@ -1,4 +1,5 @@
-#include "RecordDecoder.h"
+#include "LogReceiver.h"
+#include "WriterMessages.h"
 #include "velmo/kvo/log/AndroidLog.h"
 
 #include <gtest/gtest.h>
@@ -7,39 +8,22 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
-#include <poll.h>
+#include <memory>
+#include <optional>
 #include <string>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+using akvo::test::LogReceiver;
+using akvo::test::LogRecord;
+using akvo::test::writerMessage;
 
 namespace {
 
 constexpr int writerCount = 6;
 constexpr int recordsPerWriter = 20000;
-
-std::string messageOf(int writer, int record)
-{
-    return "writer " + std::to_string(writer) + " record " + std::to_string(record) + " " +
-           std::string(static_cast<size_t>((writer * 37 + record * 11) % 200),
-                       static_cast<char>('a' + writer));
-}
-
-int boundDatagramSocket(const std::string& path)
-{
-    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    unlink(path.c_str());
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        ADD_FAILURE() << "cannot bind " << path << ": " << std::strerror(errno);
-    }
-    return fd;
-}
 
 // A log daemon that restarts every few milliseconds. Each new socket is bound
 // beside the path and renamed onto it, so the path always names a live
@@ -48,25 +32,21 @@ int boundDatagramSocket(const std::string& path)
 class RestartingDaemon
 {
 public:
-    explicit RestartingDaemon(const std::string& path) : _path(path), _fd(boundDatagramSocket(path)) {}
-
-    ~RestartingDaemon()
+    explicit RestartingDaemon(const std::string& path)
+        : _path(path), _next(path + ".next"), _receiver(startNext())
     {
-        close(_fd);
-        unlink(_path.c_str());
     }
 
+    ~RestartingDaemon() { unlink(_path.c_str()); }
+
     // Restarts until `running` turns false; returns every record it read.
-    std::vector<velmo::kvo::logcat::LogRecord> serve(const std::atomic<bool>& running)
+    std::vector<LogRecord> serve(const std::atomic<bool>& running)
     {
-        const std::string next = _path + ".next";
         while (running) {
             readFor(std::chrono::milliseconds(3));
-            const int fresh = boundDatagramSocket(next);
-            std::rename(next.c_str(), _path.c_str());
-            drain();
-            close(_fd);
-            _fd = fresh;
+            std::unique_ptr<LogReceiver> fresh = startNext();
+            keep(_receiver->drain());
+            _receiver = std::move(fresh);
             ++_restarts;
         }
         readFor(std::chrono::milliseconds(50));
@@ -76,36 +56,33 @@ public:
     int restarts() const { return _restarts; }
 
 private:
+    std::unique_ptr<LogReceiver> startNext()
+    {
+        auto receiver = std::make_unique<LogReceiver>(_next);
+        std::rename(_next.c_str(), _path.c_str());
+        return receiver;
+    }
+
     void readFor(std::chrono::milliseconds duration)
     {
         const auto until = std::chrono::steady_clock::now() + duration;
         while (std::chrono::steady_clock::now() < until) {
-            pollfd entry = {_fd, POLLIN, 0};
-            if (poll(&entry, 1, 1) == 1) {
-                drain();
+            if (std::optional<LogRecord> record = _receiver->nextRecord(std::chrono::milliseconds(1))) {
+                _records.push_back(std::move(*record));
             }
         }
     }
 
-    void drain()
+    void keep(std::vector<LogRecord> records)
     {
-        std::vector<uint8_t> datagram(65536);
-        ssize_t size;
-        while ((size = recv(_fd, datagram.data(), datagram.size(), MSG_DONTWAIT)) >= 0) {
-            velmo::kvo::logcat::LogRecord record;
-            std::string error;
-            if (velmo::kvo::logcat::decodeRecord(datagram.data(), static_cast<size_t>(size), record, error)) {
-                _records.push_back(record);
-            } else {
-                ADD_FAILURE() << "a datagram that is not a record: " << error;
-            }
-        }
+        _records.insert(_records.end(), records.begin(), records.end());
     }
 
     std::string _path;
-    int _fd;
+    std::string _next;
+    std::unique_ptr<LogReceiver> _receiver;
     int _restarts = 0;
-    std::vector<velmo::kvo::logcat::LogRecord> _records;
+    std::vector<LogRecord> _records;
 };
 
 // Opens and closes descriptors all along, so that a number the log writer
@@ -140,7 +117,7 @@ TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
         << "run through ctest, which sets LIBLOG_THROUGHPUT_LIMIT=50/1";
     RestartingDaemon daemon(AKVO_TEST_LOGDW_PATH);
     std::atomic<bool> writing{true};
-    std::vector<velmo::kvo::logcat::LogRecord> received;
+    std::vector<LogRecord> received;
     std::thread server([&] { received = daemon.serve(writing); });
     std::atomic<int> strayBytes{0};
     std::thread bystander(watchForStrayRecords, std::cref(writing), std::ref(strayBytes));
@@ -152,7 +129,7 @@ TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
             const std::string tag = "W" + std::to_string(writer);
             for (int record = 0; record < recordsPerWriter; ++record) {
                 results[writer][record] =
-                    __android_log_write(AKVO_LOG_INFO, tag.c_str(), messageOf(writer, record).c_str());
+                    __android_log_write(AKVO_LOG_INFO, tag.c_str(), writerMessage(writer, record).c_str());
             }
         });
     }
@@ -166,13 +143,13 @@ TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
     EXPECT_EQ(0, strayBytes.load());
     EXPECT_GT(daemon.restarts(), 2);
     std::vector<std::vector<int>> arrivals(writerCount, std::vector<int>(recordsPerWriter));
-    for (const velmo::kvo::logcat::LogRecord& record : received) {
+    for (const LogRecord& record : received) {
         int writer = -1;
         int number = -1;
         std::sscanf(record.message.c_str(), "writer %d record %d ", &writer, &number);
         ASSERT_TRUE(writer >= 0 && writer < writerCount && number >= 0 && number < recordsPerWriter)
             << "a record nobody wrote: " << record.message;
-        EXPECT_EQ(messageOf(writer, number), record.message);
+        EXPECT_EQ(writerMessage(writer, number), record.message);
         EXPECT_EQ("W" + std::to_string(writer), record.tag);
         ++arrivals[writer][number];
     }
@@ -181,7 +158,7 @@ TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
         const int payload = static_cast<int>(4 + std::to_string(writer).size());
         for (int number = 0; number < recordsPerWriter; ++number) {
             const int result = results[writer][number];
-            const int expected = payload + static_cast<int>(messageOf(writer, number).size());
+            const int expected = payload + static_cast<int>(writerMessage(writer, number).size());
             ASSERT_TRUE(result == expected || result == -EAGAIN || result == -ECONNREFUSED ||
                         result == -ECONNRESET || result == -ENOTCONN)
                 << "writer " << writer << " record " << number << " returned " << result;

@@ -117,13 +117,9 @@ std::string randomDigits(std::mt19937_64& random, uint64_t value)
 
 std::string randomMessage(std::mt19937_64& random)
 {
-    switch (random() % 4) {
-    case 0:
-        return "<Message/>";
-    case 1:
-        return "<Message />";
-    case 2:
-        return "<Message></Message>";
+    const size_t form = random() % 4;
+    if (form < 3) {
+        return emptyMessageForms[form];
     }
     std::string text;
     const size_t words = 1 + random() % 4;

@@ -17,6 +17,9 @@ using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsync::SetAudioDelay;
 
+// The three ways the engine's printer writes an empty message.
+const char* const emptyMessageForms[] = {"<Message/>", "<Message />", "<Message></Message>"};
+
 // A state no answer produces, so that any field an answer writes, or fails
 // to write, shows.
 inline void presetServerResult(Command::Answer& answer)
