@@ -1,5 +1,6 @@
 #include "velmo/kvo/lipsyncapi/Service.h"
 
+#include "NotConnected.h"
 #include "WithoutExceptions.h"
 #include "velmo/kvo/cmdfrmwrk/Client.h"
 #include "velmo/kvo/comms/Client.h"
@@ -53,10 +54,8 @@ Service::ServiceResult Service::connectInternal(const std::string& socketName)
     comms::Link* link = NULL;
     const comms::Client::ClientResult connection = comms::Client::connectUnixServer(socketName.c_str(), link);
     if (connection.isFailure()) {
-        ServiceResult result(CannotConnect);
-        ServiceResult::Append<comms::Client::ClientResult>::run(result, connection);
         delete link;
-        return result;
+        return ServiceResult(CannotConnect) << connection;
     }
     // Should the command client not fit in memory, the link is not leaked.
     std::unique_ptr<comms::Link> pendingLink(link);
@@ -69,7 +68,7 @@ Service::ServiceResult Service::connectInternal(const std::string& socketName)
 Service::ServiceResult Service::disconnectInternal()
 {
     if (_connected != 1) {
-        return ServiceResult(BadState) << "Not connected to the audio KVO";
+        return notConnected();
     }
     delete _commandClient;
     _commandClient = NULL;

@@ -1,6 +1,7 @@
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include "ExchangeResult.h"
+#include "NotConnected.h"
 #include "WithoutExceptions.h"
 #include "velmo/kvo/cmdfrmwrk/Client.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
@@ -16,16 +17,12 @@ namespace lipsyncapi {
 
 using velmo::utilities::assertThat;
 
-namespace {
-const char notConnected[] = "Not connected to the audio KVO";
-} // namespace
-
 Service::ServiceResult Service::getCapabilities(unsigned long long& granularityMs,
                                                 unsigned long long& maxAudioDelayMargin) const
 {
     return withoutExceptions([&] {
         if (_connected != 1) {
-            return ServiceResult(BadState) << notConnected;
+            return notConnected();
         }
         assertThat(_commandClient != NULL,
                    "lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: "
@@ -51,9 +48,7 @@ Service::ServiceResult Service::setAudioDelayMargin(unsigned long long delayMs)
 Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long delayMs)
 {
     if (_connected != 1) {
-        ServiceResult result(BadState);
-        ServiceResult::Append<char[sizeof(notConnected)]>::run(result, notConnected);
-        return result;
+        return notConnected();
     }
     if (delayMs > capabilityMaxAudioDelayMargin) {
         return ServiceResult(InvalidParam) << " audio delay margin " << delayMs << " is not in range "
@@ -82,7 +77,7 @@ Service::ServiceResult Service::getAudioDelayMargin(unsigned long long& delayMs)
 {
     return withoutExceptions([&] {
         if (_connected != 1) {
-            return ServiceResult(BadState) << notConnected;
+            return notConnected();
         }
         delayMs = _audioDelayMargin;
         return ServiceResult::success();
@@ -107,7 +102,7 @@ Service::ServiceResult Service::getAudioTimestamps(common::LipSyncNtpTimestamps&
 Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTimestamps& timestamps) const
 {
     if (_connected != 1) {
-        return ServiceResult(BadState) << notConnected;
+        return notConnected();
     }
     assertThat(_commandClient != NULL, "lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: "
                                        "Inconsistent state client is null");
@@ -126,7 +121,7 @@ Service::ServiceResult Service::setVideoTimestamps(const common::LipSyncNtpTimes
 {
     return withoutExceptions([&] {
         if (_connected != 1) {
-            return ServiceResult(BadState) << notConnected;
+            return notConnected();
         }
         return ServiceResult::success();
     });
