@@ -10,7 +10,7 @@
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 #include "velmo/kvo/log/AndroidLog.h"
-#include "velmo/kvo/log/ApiLog.h"
+#include "velmo/kvo/log/TimestampsLine.h"
 #include "velmo/utilities/log/GenericLog.h"
 
 #include <benchmark/benchmark.h>
@@ -93,7 +93,7 @@ void answerDeserialization(benchmark::State& state)
     allocations.finish();
 }
 
-// The collector exactly as the getAudioTimestamps wrapper fills it.
+// The line of getAudioTimestamps, composed as the Service composes it.
 void apiLogComposition(benchmark::State& state)
 {
     const Service::ServiceResult result = Service::ServiceResult::success();
@@ -101,13 +101,7 @@ void apiLogComposition(benchmark::State& state)
                                                                  16045690984404992ULL, 40};
     AllocationMeter allocations(state);
     for (auto _ : state) {
-        velmo::kvo::log::ApiLog<DiscardingLogger> apiLog;
-        apiLog.addOutputParam("audioCaptureTimestamp", timestamps.tCap)
-            .addOutputParam("audioRenderingTimestamp", timestamps.tRdr)
-            .addOutputParam("audioReceivingTimestamp", timestamps.tRcv)
-            .addOutputParam("jbmCurrentDepth", timestamps.jbmDepth)
-            .setResult(result)
-            .event("Client is requesting the NTP timestamp");
+        velmo::kvo::log::logTimestampsRequest<DiscardingLogger>(timestamps, result);
     }
     allocations.finish();
 }

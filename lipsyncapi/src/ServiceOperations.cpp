@@ -9,6 +9,7 @@
 #include "velmo/kvo/lipsync/SetAudioDelay.h"
 #include "velmo/kvo/lipsyncapi/Logger.h"
 #include "velmo/kvo/log/ApiLog.h"
+#include "velmo/kvo/log/TimestampsLine.h"
 #include "velmo/utilities/log/Assertion.h"
 
 namespace velmo {
@@ -88,13 +89,7 @@ Service::ServiceResult Service::getAudioTimestamps(common::LipSyncNtpTimestamps&
 {
     return withoutExceptions([&] {
         const ServiceResult result = getAudioTimestampsInternal(timestamps);
-        log::ApiLog<Logger> apiLog;
-        apiLog.addOutputParam("audioCaptureTimestamp", timestamps.tCap)
-            .addOutputParam("audioRenderingTimestamp", timestamps.tRdr)
-            .addOutputParam("audioReceivingTimestamp", timestamps.tRcv)
-            .addOutputParam("jbmCurrentDepth", timestamps.jbmDepth)
-            .setResult(result)
-            .event("Client is requesting the NTP timestamp");
+        log::logTimestampsRequest<Logger>(timestamps, result);
         return result;
     });
 }
