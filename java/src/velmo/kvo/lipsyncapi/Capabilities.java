@@ -1,0 +1,38 @@
+package velmo.kvo.lipsyncapi;
+
+/** The audio delay margins that the engine accepts: multiples of the granularity up to the maximum. */
+public final class Capabilities
+{
+    private final long granularityMs;
+    private final long maxAudioDelayMarginMs;
+
+    public Capabilities(long granularityMs, long maxAudioDelayMarginMs)
+    {
+        this.granularityMs = granularityMs;
+        this.maxAudioDelayMarginMs = maxAudioDelayMarginMs;
+    }
+
+    public long getGranularityMs() { return granularityMs; }
+
+    public long getMaxAudioDelayMarginMs() { return maxAudioDelayMarginMs; }
+
+    @Override public boolean equals(Object other)
+    {
+        if (!(other instanceof Capabilities)) {
+            return false;
+        }
+        final Capabilities that = (Capabilities)other;
+        return granularityMs == that.granularityMs && maxAudioDelayMarginMs == that.maxAudioDelayMarginMs;
+    }
+
+    @Override public int hashCode()
+    {
+        return Long.hashCode(granularityMs) * 31 + Long.hashCode(maxAudioDelayMarginMs);
+    }
+
+    @Override public String toString()
+    {
+        return "Capabilities{granularityMs=" + granularityMs +
+            ", maxAudioDelayMarginMs=" + maxAudioDelayMarginMs + "}";
+    }
+}

@@ -1,0 +1,71 @@
+package velmo.kvo.lipsyncapi;
+
+/**
+ * The audio path's timestamps: capture, rendering and receiving as NTP 64-bit values, and the jitter buffer's
+ * depth in the engine's own unit. All four are unsigned 64-bit numbers held in {@code long}s: values from
+ * 2^63 on read as negative, so print them with {@link Long#toUnsignedString(long)} (as {@link #toString()}
+ * does) and compare them with {@link Long#compareUnsigned(long, long)} (as {@link #compareTo} does).
+ */
+public final class NtpTimestamps implements Comparable<NtpTimestamps>
+{
+    private final long captureTimestamp;
+    private final long renderingTimestamp;
+    private final long receivingTimestamp;
+    private final long jitterBufferDepth;
+
+    public NtpTimestamps(long captureTimestamp, long renderingTimestamp, long receivingTimestamp,
+                         long jitterBufferDepth)
+    {
+        this.captureTimestamp = captureTimestamp;
+        this.renderingTimestamp = renderingTimestamp;
+        this.receivingTimestamp = receivingTimestamp;
+        this.jitterBufferDepth = jitterBufferDepth;
+    }
+
+    public long getCaptureTimestamp() { return captureTimestamp; }
+
+    public long getRenderingTimestamp() { return renderingTimestamp; }
+
+    public long getReceivingTimestamp() { return receivingTimestamp; }
+
+    public long getJitterBufferDepth() { return jitterBufferDepth; }
+
+    /**
+     * Unsigned order of the capture timestamps, then of the rendering and receiving ones and of the depth.
+     */
+    @Override public int compareTo(NtpTimestamps other)
+    {
+        int order = Long.compareUnsigned(captureTimestamp, other.captureTimestamp);
+        if (order == 0) {
+            order = Long.compareUnsigned(renderingTimestamp, other.renderingTimestamp);
+        }
+        if (order == 0) {
+            order = Long.compareUnsigned(receivingTimestamp, other.receivingTimestamp);
+        }
+        if (order == 0) {
+            order = Long.compareUnsigned(jitterBufferDepth, other.jitterBufferDepth);
+        }
+        return order;
+    }
+
+    @Override public boolean equals(Object other)
+    {
+        return other instanceof NtpTimestamps && compareTo((NtpTimestamps)other) == 0;
+    }
+
+    @Override public int hashCode()
+    {
+        return ((Long.hashCode(captureTimestamp) * 31 + Long.hashCode(renderingTimestamp)) * 31 +
+                Long.hashCode(receivingTimestamp)) *
+            31 +
+            Long.hashCode(jitterBufferDepth);
+    }
+
+    @Override public String toString()
+    {
+        return "NtpTimestamps{capture=" + Long.toUnsignedString(captureTimestamp) +
+            ", rendering=" + Long.toUnsignedString(renderingTimestamp) +
+            ", receiving=" + Long.toUnsignedString(receivingTimestamp) +
+            ", jitterBufferDepth=" + Long.toUnsignedString(jitterBufferDepth) + "}";
+    }
+}
