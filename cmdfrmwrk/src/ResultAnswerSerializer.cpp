@@ -13,7 +13,7 @@ using velmo::utilities::xmlserializer::detail::ChildAccess;
 
 XmlResult readAnswerResult(const TiXmlNode& element, Command::Answer& answer)
 {
-    const TiXmlNode* child = NULL;
+    const TiXmlNode* child = nullptr;
     XmlResult result = ChildAccess<CommandResultTrait>::get(element, child);
     if (result.isFailure()) {
         return result;

@@ -2,7 +2,7 @@
 
 #include "velmo/utilities/log/Assertion.h"
 
-#include <string.h>
+#include <cstring>
 
 namespace velmo {
 namespace kvo {
@@ -13,11 +13,11 @@ namespace {
 // One chunk buffer for the whole process: receive() calls must never overlap.
 char receiveBuffer[512];
 
-typedef Protocol<std::string> StringProtocol;
+using StringProtocol = Protocol<std::string>;
 
 StringProtocol::ProtocolResult toProtocolResult(const Link::LinkResult& linkResult)
 {
-    typedef StringProtocol::ProtocolResult ProtocolResult;
+    using ProtocolResult = StringProtocol::ProtocolResult;
     switch (linkResult.getErrorCode()) {
     case Link::Success:
         return ProtocolResult::success();
@@ -36,7 +36,7 @@ const std::string TextProtocol::endMessageMarker("\n\n");
 
 TextProtocol::TextProtocol(Link* link) : Protocol<std::string>(link)
 {
-    velmo::utilities::assertThat(link != NULL,
+    velmo::utilities::assertThat(link != nullptr,
                                  "comms/src/TextProtocol:97: Assertion link != NULL failed: Null pointer");
 }
 

@@ -12,7 +12,7 @@ namespace lipsync {
 velmo::utilities::xmlserializer::XmlResult
 SerializationTraitGetAudioTsRequest::writePayload(const Record&, TiXmlNode*& payload)
 {
-    payload = NULL;
+    payload = nullptr;
     return velmo::utilities::xmlserializer::XmlResult::success();
 }
 
@@ -26,8 +26,8 @@ namespace {
 
 XmlResult readTimestamps(const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer)
 {
-    typedef kvo::lipsync::LipSyncNtpTimestampsTrait Trait;
-    const TiXmlNode* child = NULL;
+    using Trait = kvo::lipsync::LipSyncNtpTimestampsTrait;
+    const TiXmlNode* child = nullptr;
     XmlResult result = detail::ChildAccess<Trait>::get(element, child);
     if (result.isFailure()) {
         return result;

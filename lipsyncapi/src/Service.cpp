@@ -17,7 +17,7 @@ const std::string Service::defaultLipsyncSocketName("/dev/socket/akvo_lipsync");
 const uint32_t Service::capabilityMaxAudioDelayMargin;
 const uint32_t Service::capabilityGranularityMs;
 
-Service::Service() : _commandClient(NULL), _connected(0), _audioDelayMargin(0) {}
+Service::Service() : _commandClient(nullptr), _connected(0), _audioDelayMargin(0) {}
 
 Service::~Service()
 {
@@ -51,7 +51,7 @@ Service::ServiceResult Service::connectInternal(const std::string& socketName)
     if (_connected != 0) {
         return ServiceResult(BadState) << "Already connected to the audio KVO";
     }
-    comms::Link* link = NULL;
+    comms::Link* link = nullptr;
     const comms::Client::ClientResult connection = comms::Client::connectUnixServer(socketName.c_str(), link);
     if (connection.isFailure()) {
         delete link;
@@ -71,7 +71,7 @@ Service::ServiceResult Service::disconnectInternal()
         return notConnected();
     }
     delete _commandClient;
-    _commandClient = NULL;
+    _commandClient = nullptr;
     _connected = 0;
     return ServiceResult::success();
 }

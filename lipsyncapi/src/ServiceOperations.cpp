@@ -25,7 +25,7 @@ Service::ServiceResult Service::getCapabilities(unsigned long long& granularityM
         if (_connected != 1) {
             return notConnected();
         }
-        assertThat(_commandClient != NULL,
+        assertThat(_commandClient != nullptr,
                    "lipsyncapi/src/Service:114: Assertion _commandClient != NULL failed: "
                    "Inconsistent state client is null");
         granularityMs = capabilityGranularityMs;
@@ -59,8 +59,9 @@ Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long d
         return ServiceResult(InvalidParam) << " audio delay margin " << delayMs << " doesn't match "
                                            << " granularity of " << capabilityGranularityMs << "ms.";
     }
-    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:205: Assertion _commandClient != NULL failed: "
-                                       "Inconsistent state client is null");
+    assertThat(_commandClient != nullptr,
+               "lipsyncapi/src/Service:205: Assertion _commandClient != NULL failed: "
+               "Inconsistent state client is null");
     lipsync::SetAudioDelay::Request request;
     request.delayMs = delayMs;
     lipsync::SetAudioDelay::Answer answer;
@@ -99,8 +100,9 @@ Service::ServiceResult Service::getAudioTimestampsInternal(common::LipSyncNtpTim
     if (_connected != 1) {
         return notConnected();
     }
-    assertThat(_commandClient != NULL, "lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: "
-                                       "Inconsistent state client is null");
+    assertThat(_commandClient != nullptr,
+               "lipsyncapi/src/Service:142: Assertion _commandClient != NULL failed: "
+               "Inconsistent state client is null");
     lipsync::GetAudioTs::Request request;
     lipsync::GetAudioTs::Answer answer;
     const ServiceResult result = toServiceResult(

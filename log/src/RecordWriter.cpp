@@ -18,7 +18,7 @@ namespace log {
 
 namespace {
 
-typedef int (*WriteFunction)(int logId, iovec* payload, size_t count);
+using WriteFunction = int (*)(int logId, iovec* payload, size_t count);
 
 constexpr size_t headerSize = 11;
 constexpr size_t maxPayloadSize = 4076;

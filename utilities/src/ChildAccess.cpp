@@ -11,7 +11,7 @@ namespace {
 const TiXmlNode* firstTextChild(const TiXmlNode& parent)
 {
     const TiXmlNode* child = parent.FirstChild();
-    while (child != NULL && child->Type() != TiXmlNode::TINYXML_TEXT) {
+    while (child != nullptr && child->Type() != TiXmlNode::TINYXML_TEXT) {
         child = child->NextSibling();
     }
     return child;
@@ -22,7 +22,7 @@ const TiXmlNode* firstTextChild(const TiXmlNode& parent)
 XmlResult findTextChild(const TiXmlNode& parent, const TiXmlNode*& child)
 {
     child = firstTextChild(parent);
-    if (child != NULL) {
+    if (child != nullptr) {
         return XmlResult::success();
     }
     return XmlResult(ChildNotFound) << "Node \"" << parent.Value()
@@ -31,13 +31,13 @@ XmlResult findTextChild(const TiXmlNode& parent, const TiXmlNode*& child)
 
 bool hasTextChild(const TiXmlNode& parent)
 {
-    return firstTextChild(parent) != NULL;
+    return firstTextChild(parent) != nullptr;
 }
 
 XmlResult findChildElement(const TiXmlNode& parent, const char* tag, const TiXmlNode*& child)
 {
     child = parent.FirstChildElement(tag);
-    if (child == NULL) {
+    if (child == nullptr) {
         return XmlResult(ChildNotFound)
                << "No element node \"" << tag << "\" found in node \"" << parent.Value() << '"';
     }

@@ -14,22 +14,22 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
                              const std::string& version, const TiXmlElement*& command)
 {
     const TiXmlElement* root = document.FirstChildElement(rootName);
-    if (root == NULL) {
+    if (root == nullptr) {
         return XmlResult(ConversionFailed) << "No '" << rootName << "' root element found in xml data.";
     }
     const std::string* receivedVersion = root->Attribute(std::string("version"));
-    if (receivedVersion == NULL) {
+    if (receivedVersion == nullptr) {
         return XmlResult(ConversionFailed) << "No version found in root node '" << rootName;
     }
     if (*receivedVersion != version) {
         return XmlResult(ConversionFailed)
                << "Version does not match; expect '" << version << "' got '" << *receivedVersion << "'.";
     }
-    if (root->NextSiblingElement() != NULL) {
+    if (root->NextSiblingElement() != nullptr) {
         return XmlResult(ConversionFailed) << "No command tag found.";
     }
     command = root->FirstChildElement();
-    if (command == NULL) {
+    if (command == nullptr) {
         return XmlResult(ConversionFailed) << "No content under root element.";
     }
     return XmlResult::success();

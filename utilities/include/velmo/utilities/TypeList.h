@@ -13,9 +13,31 @@ struct TypeNull
 template <class Head, class Tail>
 struct TypeList
 {
-    typedef Head head;
-    typedef Tail tail;
+    using head = Head;
+    using tail = Tail;
 };
+
+namespace detail {
+template <class... Types>
+struct NestedTypeList;
+
+template <>
+struct NestedTypeList<>
+{
+    using type = TypeNull;
+};
+
+template <class Head, class... Tail>
+struct NestedTypeList<Head, Tail...>
+{
+    using type = TypeList<Head, typename NestedTypeList<Tail...>::type>;
+};
+} // namespace detail
+
+// TypeListOf<A, B, C> is TypeList<A, TypeList<B, TypeList<C, TypeNull>>>,
+// written flat.
+template <class... Types>
+using TypeListOf = typename detail::NestedTypeList<Types...>::type;
 
 } // namespace utilities
 } // namespace velmo

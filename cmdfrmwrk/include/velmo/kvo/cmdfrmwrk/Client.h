@@ -50,7 +50,7 @@ private:
         if (serializeResult.isFailure()) {
             return PeerResult(serializeResult, SerializerError, Success);
         }
-        std::string* answerStr = NULL;
+        std::string* answerStr = nullptr;
         comms::TextProtocol::ProtocolResult transfer = _protocol.send(_request);
         if (transfer.isSuccess()) {
             transfer = _protocol.receive(answerStr);
@@ -59,7 +59,7 @@ private:
             return fromProtocolFailure(transfer);
         }
         velmo::utilities::assertThat(
-            answerStr != NULL,
+            answerStr != nullptr,
             "lipsyncapi/src/Service:94: Assertion answerStr != NULL failed: answer string is null");
         const std::unique_ptr<const std::string> ownedAnswer(answerStr);
         if (Serializer::readCanonical(*ownedAnswer, answer)) {

@@ -24,7 +24,7 @@ public:
 
     struct ResultTrait
     {
-        typedef Command::ResultCode ResultCode;
+        using ResultCode = Command::ResultCode;
         static constexpr ResultCode successCode = Success;
         static const char* toString(ResultCode code);
     };

@@ -28,12 +28,12 @@ public:
 
     struct ResultTrait
     {
-        typedef Peer::ResultCode ResultCode;
+        using ResultCode = Peer::ResultCode;
         static constexpr ResultCode successCode = Success;
         static const char* toString(ResultCode code);
     };
 
-    typedef velmo::utilities::result::Result<ResultTrait> PeerResult;
+    using PeerResult = velmo::utilities::result::Result<ResultTrait>;
 
     explicit Peer(velmo::kvo::comms::Link* link);
     virtual ~Peer();

@@ -22,21 +22,20 @@ struct ResultTrait;
 template <>
 struct ResultTrait<velmo::utilities::result::Result<Command::ResultTrait>>
 {
-    typedef velmo::utilities::result::Result<Command::ResultTrait> Record;
+    using Record = velmo::utilities::result::Result<Command::ResultTrait>;
 
     static constexpr const char* tag = "Result";
     static constexpr char errorCode[] = "ErrorCode";
     static constexpr char message[] = "Message";
 
     // Any integer is taken as the code, without a range check.
-    typedef velmo::utilities::serializer::NamedTextTrait<
+    using ErrorCodeTrait = velmo::utilities::serializer::NamedTextTrait<
         Command::ResultCode, errorCode, false,
-        velmo::utilities::serializer::CastConvertor<Command::ResultCode, int>>
-        ErrorCodeTrait;
+        velmo::utilities::serializer::CastConvertor<Command::ResultCode, int>>;
     // A server that has nothing to say may send an empty element.
-    typedef velmo::utilities::serializer::NamedTextTrait<std::string, message, true,
-                                                         velmo::utilities::serializer::Convertor<std::string>>
-        MessageTrait;
+    using MessageTrait =
+        velmo::utilities::serializer::NamedTextTrait<std::string, message, true,
+                                                     velmo::utilities::serializer::Convertor<std::string>>;
 
     static Command::ResultCode getErrorCode(const Record& result) { return result.getErrorCode(); }
     // Only the code changes: text the result already holds is kept.
@@ -47,17 +46,14 @@ struct ResultTrait<velmo::utilities::result::Result<Command::ResultTrait>>
         Record::Append<std::string>::run(result, text);
     }
 
-    typedef velmo::utilities::TypeList<
+    using Children = velmo::utilities::TypeListOf<
         velmo::utilities::serializer::Child<ErrorCodeTrait, decltype(&getErrorCode), &getErrorCode,
                                             decltype(&setErrorCode), &setErrorCode>,
-        velmo::utilities::TypeList<
-            velmo::utilities::serializer::Child<MessageTrait, decltype(&getMessage), &getMessage,
-                                                decltype(&appendMessage), &appendMessage>,
-            velmo::utilities::detail::TypeNull>>
-        Children;
+        velmo::utilities::serializer::Child<MessageTrait, decltype(&getMessage), &getMessage,
+                                            decltype(&appendMessage), &appendMessage>>;
 };
 
-typedef ResultTrait<velmo::utilities::result::Result<Command::ResultTrait>> CommandResultTrait;
+using CommandResultTrait = ResultTrait<velmo::utilities::result::Result<Command::ResultTrait>>;
 
 } // namespace cmdfrmwrk
 } // namespace kvo

@@ -13,7 +13,7 @@ namespace lipsync {
 
 struct SerializationTraitGetAudioTsRequest
 {
-    typedef GetAudioTs::Request Record;
+    using Record = GetAudioTs::Request;
     static constexpr const char* tag = "GetAudioTs_Request";
 
     // The request is the bare element.
@@ -23,7 +23,7 @@ struct SerializationTraitGetAudioTsRequest
 
 struct SerializationTraitGetAudioTsAnswer
 {
-    typedef GetAudioTs::Answer Record;
+    using Record = GetAudioTs::Answer;
     static constexpr const char* tag = "GetAudioTs_Answer";
 };
 

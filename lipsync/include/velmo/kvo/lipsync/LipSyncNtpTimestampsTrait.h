@@ -14,7 +14,7 @@ namespace lipsync {
 // The timestamps element: four required numbers, read in field order.
 struct LipSyncNtpTimestampsTrait
 {
-    typedef common::LipSyncNtpTimestamps Record;
+    using Record = common::LipSyncNtpTimestamps;
 
     static constexpr const char* tag = "LipSyncNtpTimestamps";
 
@@ -35,8 +35,8 @@ struct LipSyncNtpTimestampsTrait
     static unsigned long long getJbmDepth(const Record& record) { return record.jbmDepth; }
     static void setJbmDepth(Record& record, const unsigned long long& value) { record.jbmDepth = value; }
 
-    typedef unsigned long long (*Getter)(const Record&);
-    typedef void (*Setter)(Record&, const unsigned long long&);
+    using Getter = unsigned long long (*)(const Record&);
+    using Setter = void (*)(Record&, const unsigned long long&);
 
     template <const char* tagVariable, Getter getter, Setter setter>
     using Member =
@@ -45,15 +45,9 @@ struct LipSyncNtpTimestampsTrait
                                                 velmo::utilities::serializer::Convertor<unsigned long long>>,
                                             Getter, getter, Setter, setter>;
 
-    typedef velmo::utilities::TypeList<
-        Member<Tags::tCap, &getTCap, &setTCap>,
-        velmo::utilities::TypeList<
-            Member<Tags::tRdr, &getTRdr, &setTRdr>,
-            velmo::utilities::TypeList<
-                Member<Tags::tRcv, &getTRcv, &setTRcv>,
-                velmo::utilities::TypeList<Member<Tags::jbmDepth, &getJbmDepth, &setJbmDepth>,
-                                           velmo::utilities::detail::TypeNull>>>>
-        Children;
+    using Children = velmo::utilities::TypeListOf<
+        Member<Tags::tCap, &getTCap, &setTCap>, Member<Tags::tRdr, &getTRdr, &setTRdr>,
+        Member<Tags::tRcv, &getTRcv, &setTRcv>, Member<Tags::jbmDepth, &getJbmDepth, &setJbmDepth>>;
 };
 
 } // namespace lipsync

@@ -15,14 +15,10 @@ namespace velmo {
 namespace kvo {
 namespace lipsync {
 
-typedef velmo::utilities::TypeList<
-    SerializationTraitGetAudioTsRequest,
-    velmo::utilities::TypeList<
-        SerializationTraitGetAudioTsAnswer,
-        velmo::utilities::TypeList<SerializationTraitSetAudioDelayRequest,
-                                   velmo::utilities::TypeList<SerializationTraitSetAudioDelayAnswer,
-                                                              velmo::utilities::detail::TypeNull>>>>
-    LipSyncCommandList;
+using LipSyncCommandList =
+    velmo::utilities::TypeListOf<SerializationTraitGetAudioTsRequest, SerializationTraitGetAudioTsAnswer,
+                                 SerializationTraitSetAudioDelayRequest,
+                                 SerializationTraitSetAudioDelayAnswer>;
 
 // The lip-sync commands' envelope. Its two requests are printed by the
 // generic serializer once per process and reused; answers in the exact form
@@ -32,7 +28,7 @@ typedef velmo::utilities::TypeList<
 class LipSyncXmlSerializer : public cmdfrmwrk::XmlSerializer<LipSyncCommandList>
 {
 public:
-    typedef cmdfrmwrk::XmlSerializer<LipSyncCommandList> Generic;
+    using Generic = cmdfrmwrk::XmlSerializer<LipSyncCommandList>;
 
     using Generic::readCanonical;
     using Generic::serialize;

@@ -19,10 +19,10 @@ inline constexpr char setAudioDelayAnswerTag[] = "SetAudioDelay_Answer";
 
 struct SerializationTraitSetAudioDelayRequest
 {
-    typedef SetAudioDelay::Request Record;
-    typedef velmo::utilities::serializer::TextTrait<
-        unsigned long long, velmo::utilities::serializer::Convertor<unsigned long long>>
-        DelayTrait;
+    using Record = SetAudioDelay::Request;
+    using DelayTrait =
+        velmo::utilities::serializer::TextTrait<unsigned long long,
+                                                velmo::utilities::serializer::Convertor<unsigned long long>>;
     static constexpr const char* tag = "SetAudioDelay_Request";
 
     // The delay is the element's text.
@@ -33,7 +33,7 @@ struct SerializationTraitSetAudioDelayRequest
 struct SerializationTraitSetAudioDelayAnswer
     : velmo::utilities::serializer::ResultAnswerTrait<setAudioDelayAnswerTag>
 {
-    typedef SetAudioDelay::Answer Record;
+    using Record = SetAudioDelay::Answer;
 };
 
 } // namespace lipsync

@@ -10,7 +10,7 @@ namespace lipsyncapi {
 // Selects where the API call lines go and under which tag.
 struct Logger
 {
-    typedef velmo::utilities::Log Log;
+    using Log = velmo::utilities::Log;
     static constexpr const char* tag = "AKVOLIPSYNCAPI";
 };
 

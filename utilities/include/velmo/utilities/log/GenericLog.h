@@ -140,7 +140,7 @@ public:
     };
 };
 
-typedef GenericLog<TypeList<StdIoLogTrait, TypeList<AndroidLogTrait<false>, detail::TypeNull>>> Log;
+using Log = GenericLog<TypeListOf<StdIoLogTrait, AndroidLogTrait<false>>>;
 
 } // namespace utilities
 } // namespace velmo

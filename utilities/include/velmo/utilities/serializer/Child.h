@@ -10,8 +10,8 @@ namespace serializer {
 template <class ChildTrait, class Getter, Getter getter, class Setter, Setter setter>
 struct Child
 {
-    typedef ChildTrait Trait;
-    typedef typename ChildTrait::ValueType ValueType;
+    using Trait = ChildTrait;
+    using ValueType = typename ChildTrait::ValueType;
     static constexpr Getter get = getter;
     static constexpr Setter set = setter;
 };

@@ -10,7 +10,7 @@ namespace serializer {
 template <class T, const char* tagVariable, bool allowMissingText, class Conv>
 struct NamedTextTrait
 {
-    typedef T ValueType;
+    using ValueType = T;
     static constexpr const char* tag = tagVariable;
 };
 

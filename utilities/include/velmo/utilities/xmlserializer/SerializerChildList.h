@@ -32,8 +32,8 @@ struct SerializerChildList<Record, TypeList<Head, Tail>>
 {
     static XmlResult fromXml(const TiXmlNode& element, Record& value)
     {
-        typedef typename Head::Trait ChildTrait;
-        const TiXmlNode* child = NULL;
+        using ChildTrait = typename Head::Trait;
+        const TiXmlNode* child = nullptr;
         XmlResult result = ChildAccess<ChildTrait>::get(element, child);
         if (result.isFailure()) {
             return result;

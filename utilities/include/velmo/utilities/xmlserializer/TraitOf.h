@@ -18,13 +18,13 @@ struct TraitOf;
 template <class Record, class Head, class Tail, bool headMatches>
 struct TraitOfStep
 {
-    typedef typename TraitOf<Record, Tail>::type type;
+    using type = typename TraitOf<Record, Tail>::type;
 };
 
 template <class Record, class Head, class Tail>
 struct TraitOfStep<Record, Head, Tail, true>
 {
-    typedef Head type;
+    using type = Head;
 };
 
 template <class Record, class Head, class Tail>

@@ -26,14 +26,14 @@ namespace detail {
 
 struct ResultTrait
 {
-    typedef xmlserializer::ResultCode ResultCode;
+    using ResultCode = xmlserializer::ResultCode;
     static constexpr ResultCode successCode = Success;
     static const char* toString(ResultCode code);
 };
 
 } // namespace detail
 
-typedef result::Result<detail::ResultTrait> XmlResult;
+using XmlResult = result::Result<detail::ResultTrait>;
 
 } // namespace xmlserializer
 } // namespace utilities

@@ -39,20 +39,20 @@ public:
     template <class Request>
     XmlResult serialize(const Request& request, std::string& xml) const
     {
-        typedef typename detail::TraitOf<Request, List>::type Trait;
+        using Trait = typename detail::TraitOf<Request, List>::type;
         TiXmlDocument document;
         document.LinkEndChild(new TiXmlDeclaration("1.0", "", ""));
         TiXmlElement root(_rootName);
         root.SetAttribute("version", _version);
         TiXmlElement* command = new TiXmlElement(Trait::tag);
-        TiXmlNode* payload = NULL;
+        TiXmlNode* payload = nullptr;
         XmlResult result = Trait::writePayload(request, payload);
         if (result.isFailure()) {
             delete command;
             xml.clear();
             return result << (std::string(" (While serializing \"") + Trait::tag + "\")");
         }
-        if (payload != NULL) {
+        if (payload != nullptr) {
             command->LinkEndChild(payload);
         }
         root.LinkEndChild(command);
@@ -64,10 +64,10 @@ public:
     template <class Answer>
     XmlResult deserialize(const std::string& xml, Answer& answer) const
     {
-        typedef typename detail::TraitOf<Answer, List>::type Trait;
+        using Trait = typename detail::TraitOf<Answer, List>::type;
         TiXmlDocument document;
         detail::parseDocument(document, xml);
-        const TiXmlElement* command = NULL;
+        const TiXmlElement* command = nullptr;
         XmlResult result = detail::findCommandElement(document, _rootName, _version, command);
         if (result.isFailure()) {
             return result;

@@ -46,7 +46,7 @@ struct XmlTraitSerializer<serializer::TextTrait<T, Conv>>
 
     static XmlResult fromXml(const TiXmlNode* node, T& value)
     {
-        if (node == NULL || node->Type() != TiXmlNode::TINYXML_TEXT) {
+        if (node == nullptr || node->Type() != TiXmlNode::TINYXML_TEXT) {
             return XmlResult(UnexpectedNodeType) << "Expected an xml text node";
         }
         const std::string& text = node->ValueStr();
@@ -68,7 +68,7 @@ struct XmlTraitSerializer<serializer::NamedTextTrait<T, tagVariable, allowMissin
 private:
     static XmlResult readText(const TiXmlNode& element, T& value)
     {
-        typedef serializer::TextTrait<T, Conv> Text;
+        using Text = serializer::TextTrait<T, Conv>;
         // An element that may be empty, as a server's message mostly is, is
         // looked at first: the text of a missing node is built only when the
         // failure is kept.
@@ -76,7 +76,7 @@ private:
             value = T();
             return XmlResult::success();
         }
-        const TiXmlNode* textNode = NULL;
+        const TiXmlNode* textNode = nullptr;
         XmlResult result = detail::ChildAccess<Text>::get(element, textNode);
         if (result.isSuccess()) {
             T converted = T();
