@@ -11,6 +11,9 @@ namespace kvo {
 namespace comms {
 
 using velmo::utilities::assertThat;
+
+// The assertion texts below are fixed output: each names a source line
+// that is not the one it stands on, and stays so byte for byte.
 using velmo::utilities::result::ErrnoTrait;
 using velmo::utilities::result::Result;
 
@@ -40,6 +43,7 @@ const char* Link::ResultTrait::toString(ResultCode code)
 
 Link::Link(int fdLinkSocket) : _fdLinkSocket(fdLinkSocket), _isClosed(false)
 {
+    // Fixed output (misspelling and line number included).
     assertThat(fdLinkSocket > 0,
                "comms/src/Link:40: Assertion fdLinkSocket > 0 failed: Invalid file descritpor");
 }

@@ -36,6 +36,7 @@ const std::string TextProtocol::endMessageMarker("\n\n");
 
 TextProtocol::TextProtocol(Link* link) : Protocol<std::string>(link)
 {
+    // Fixed output (line number included).
     velmo::utilities::assertThat(link != nullptr,
                                  "comms/src/TextProtocol:97: Assertion link != NULL failed: Null pointer");
 }

@@ -18,6 +18,9 @@ namespace lipsyncapi {
 
 using velmo::utilities::assertThat;
 
+// The assertion texts below are fixed output: each names a source line
+// that is not the one it stands on, and stays so byte for byte.
+
 Service::ServiceResult Service::getCapabilities(unsigned long long& granularityMs,
                                                 unsigned long long& maxAudioDelayMargin) const
 {
@@ -52,6 +55,7 @@ Service::ServiceResult Service::setAudioDelayMarginInternal(unsigned long long d
         return notConnected();
     }
     if (delayMs > capabilityMaxAudioDelayMargin) {
+        // Fixed output, leading and doubled blanks included.
         return ServiceResult(InvalidParam) << " audio delay margin " << delayMs << " is not in range "
                                            << "[0.." << capabilityMaxAudioDelayMargin << "]";
     }

@@ -18,6 +18,7 @@ const char* Service::ResultTrait::toString(ResultCode code)
     case CannotConnect:
         return "Cannot connect to Audio KVO";
     case TransportError:
+        // Fixed output, misspelling included.
         return "An error has occured in the transport layer";
     case ServerError:
         return "The lipsync server returned an error";

@@ -23,6 +23,7 @@ XmlResult checkElementName(const TiXmlNode& element, const char* expectedName)
 // streamed into a copy of the result.
 void appendWhileDeserializing(XmlResult& result, const char* expectedName)
 {
+    // Fixed output, doubled s included.
     static const char opening[] = " (While desserializing \"";
     static const char closing[] = "\")";
     result._mainMessage.reserve(result._mainMessage.size() + sizeof(opening) - 1 + std::strlen(expectedName) +

@@ -19,6 +19,7 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
     }
     const std::string* receivedVersion = root->Attribute(std::string("version"));
     if (receivedVersion == nullptr) {
+        // Fixed output: the quote is never closed.
         return XmlResult(ConversionFailed) << "No version found in root node '" << rootName;
     }
     if (*receivedVersion != version) {
@@ -26,6 +27,7 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
                << "Version does not match; expect '" << version << "' got '" << *receivedVersion << "'.";
     }
     if (root->NextSiblingElement() != nullptr) {
+        // Fixed output, although the fault is a second top-level element.
         return XmlResult(ConversionFailed) << "No command tag found.";
     }
     command = root->FirstChildElement();

@@ -58,6 +58,7 @@ private:
         if (transfer.isFailure()) {
             return fromProtocolFailure(transfer);
         }
+        // Fixed output: names the Service's source, as it always has.
         velmo::utilities::assertThat(
             answerStr != nullptr,
             "lipsyncapi/src/Service:94: Assertion answerStr != NULL failed: answer string is null");
