@@ -7,7 +7,7 @@ import velmo.kvo.lipsyncapi.NtpTimestamps;
 
 /**
  * Walks through the service once and, given a number of calls, times that many timestamps requests after as
- * many for warming up.
+ * many for warming up, without a deadline and then with one, whose watchdog costs a thread wake-up per call.
  *
  * <p>Usage: LipSyncDemo [SOCKET [CALLS]]
  */
@@ -32,12 +32,15 @@ public final class LipSyncDemo
                 System.out.println("refused with code " + refused.getCode() + ": " + refused.getText());
             }
             if (calls > 0) {
-                timeCalls(service, calls);
+                service.setDeadline(Duration.ZERO);
+                timeCalls(service, calls, "without a deadline");
+                service.setDeadline(Duration.ofSeconds(2));
+                timeCalls(service, calls, "with a deadline");
             }
         }
     }
 
-    private static void timeCalls(LipSyncService service, int calls) throws LipSyncException
+    private static void timeCalls(LipSyncService service, int calls, String how) throws LipSyncException
     {
         NtpTimestamps last = null;
         for (int call = 0; call < calls; ++call) {
@@ -48,7 +51,7 @@ public final class LipSyncDemo
             last = service.getAudioTimestamps();
         }
         final long elapsed = System.nanoTime() - start;
-        System.out.printf("%d timestamps calls: %.1f us per call (last %s)%n", calls,
+        System.out.printf("%d timestamps calls %s: %.1f us per call (last %s)%n", calls, how,
                           elapsed / 1000.0 / calls, last);
     }
 }
