@@ -1,6 +1,8 @@
 #ifndef AKVO_TESTS_COMMS_SOCKETS_H
 #define AKVO_TESTS_COMMS_SOCKETS_H
 
+#include "ResultTexts.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
@@ -142,12 +144,6 @@ inline std::size_t pendingBytes(int fd)
     int count = 0;
     ioctl(fd, FIONREAD, &count);
     return static_cast<std::size_t>(count);
-}
-
-// The rendering of a failed Result<ErrnoTrait> built from `error`.
-inline std::string errnoText(int error)
-{
-    return std::string(std::strerror(error)) + " (Code " + std::to_string(error) + ")";
 }
 
 // Text made of letters in an order that shifts, so that lost or repeated pieces show.

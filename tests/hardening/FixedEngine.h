@@ -1,6 +1,7 @@
 #ifndef AKVO_TESTS_HARDENING_FIXEDENGINE_H
 #define AKVO_TESTS_HARDENING_FIXEDENGINE_H
 
+#include "ResultTexts.h"
 #include "velmo/kvo/common/LipSyncNtpTimestamps.h"
 
 #include <cstring>
@@ -23,15 +24,6 @@ const LipSyncNtpTimestamps untouchedTimestamps = {1, 2, 3, 4};
 inline bool sameTimestamps(const LipSyncNtpTimestamps& a, const LipSyncNtpTimestamps& b)
 {
     return a.tCap == b.tCap && a.tRdr == b.tRdr && a.tRcv == b.tRcv && a.jbmDepth == b.jbmDepth;
-}
-
-const char closedByDistantText[] =
-    "An error has occured in the transport layer (Code 1005): {Connection closed by distant (Code 5905): "
-    "{Protocol has been closed by distant (Code 40005): {Closed by distant (Code 10003)}}}";
-
-inline std::string errnoText(int error)
-{
-    return std::string(std::strerror(error)) + " (Code " + std::to_string(error) + ")";
 }
 
 inline std::string ioErrorText(int error)

@@ -1,3 +1,4 @@
+#include "ResultTexts.h"
 #include "Simulator.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
@@ -7,10 +8,6 @@ using velmo::kvo::common::LipSyncNtpTimestamps;
 using velmo::kvo::lipsyncapi::Service;
 
 namespace {
-
-const char closedByDistant[] =
-    "An error has occured in the transport layer (Code 1005): {Connection closed by distant (Code 5905): "
-    "{Protocol has been closed by distant (Code 40005): {Closed by distant (Code 10003)}}}";
 
 struct MarginCase
 {
@@ -152,8 +149,8 @@ INSTANTIATE_TEST_SUITE_P(
             {"--fault", "*:error:-5:odd"},
             "The lipsync server returned an error (Code 1006): {Invalid error (Unreachable) (Code -5): "
             "odd}"},
-        ServerAnswerCase{"Closed", {"--fault", "*:close"}, closedByDistant},
-        ServerAnswerCase{"ClosedMidAnswer", {"--fault", "*:close-after:60"}, closedByDistant},
+        ServerAnswerCase{"Closed", {"--fault", "*:close"}, akvo::test::closedByDistantText},
+        ServerAnswerCase{"ClosedMidAnswer", {"--fault", "*:close-after:60"}, akvo::test::closedByDistantText},
         ServerAnswerCase{
             "WrongVersion",
             {"--fault", "*:version:0.2.0"},
@@ -172,7 +169,7 @@ TEST(ServiceOperations, TransportFailureKeepsTheServiceConnectedUntilReconnectio
     Service service;
     ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
     LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
-    EXPECT_EQ(closedByDistant, service.getAudioTimestamps(timestamps).format());
+    EXPECT_EQ(akvo::test::closedByDistantText, service.getAudioTimestamps(timestamps).format());
     EXPECT_EQ("Bad state (Code 1003): Already connected to the audio KVO",
               service.connect(simulator.socketPath()).format());
     ASSERT_TRUE(service.disconnect().isSuccess());

@@ -1,4 +1,5 @@
 #include "FdCount.h"
+#include "ResultTexts.h"
 #include "Simulator.h"
 #include "StderrCapture.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -16,11 +17,6 @@ namespace {
 
 const char notConnected[] = "Bad state (Code 1003): Not connected to the audio KVO";
 
-std::string errnoText(int code)
-{
-    return std::string(std::strerror(code)) + " (Code " + std::to_string(code) + ")";
-}
-
 TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
 {
     const int descriptors = akvo::test::openDescriptorCount();
@@ -30,7 +26,7 @@ TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
     EXPECT_EQ(Service::CannotConnect, result.getErrorCode());
     EXPECT_EQ("Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to "
               "connect to " +
-                  path + " {" + errnoText(ENOENT) + "}}",
+                  path + " {" + akvo::test::errnoText(ENOENT) + "}}",
               result.format());
     EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
 
