@@ -1,8 +1,16 @@
 #ifndef VELMO_UTILITIES_EXPORT_H
 #define VELMO_UTILITIES_EXPORT_H
 
-// The library is built with hidden visibility; what applications may use is
-// marked with VELMO_EXPORT.
+/**
+ * @file
+ * The marker of what the shared library exports.
+ */
+
+/**
+ * Marks a class or function that the shared library exports. The library is
+ * built with hidden visibility and a version script, so only what carries
+ * this marker, and is listed there, can be linked against.
+ */
 #define VELMO_EXPORT __attribute__((visibility("default")))
 
 #endif
