@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_CONNECTION_H
-#define AKVO_SIM_CONNECTION_H
+#ifndef VELMO_KVO_SIM_CONNECTION_H
+#define VELMO_KVO_SIM_CONNECTION_H
 
 #include "FrameBuffer.h"
 

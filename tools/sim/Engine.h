@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_ENGINE_H
-#define AKVO_SIM_ENGINE_H
+#ifndef VELMO_KVO_SIM_ENGINE_H
+#define VELMO_KVO_SIM_ENGINE_H
 
 #include <cstdint>
 #include <random>

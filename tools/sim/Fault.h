@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_FAULT_H
-#define AKVO_SIM_FAULT_H
+#ifndef VELMO_KVO_SIM_FAULT_H
+#define VELMO_KVO_SIM_FAULT_H
 
 #include <chrono>
 #include <cstddef>

@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_FAULTPLAN_H
-#define AKVO_SIM_FAULTPLAN_H
+#ifndef VELMO_KVO_SIM_FAULTPLAN_H
+#define VELMO_KVO_SIM_FAULTPLAN_H
 
 #include "Fault.h"
 

@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_FRAMEBUFFER_H
-#define AKVO_SIM_FRAMEBUFFER_H
+#ifndef VELMO_KVO_SIM_FRAMEBUFFER_H
+#define VELMO_KVO_SIM_FRAMEBUFFER_H
 
 #include <cstddef>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_LISTENINGSOCKET_H
-#define AKVO_SIM_LISTENINGSOCKET_H
+#ifndef VELMO_KVO_SIM_LISTENINGSOCKET_H
+#define VELMO_KVO_SIM_LISTENINGSOCKET_H
 
 #include <string>
 #include <sys/types.h>

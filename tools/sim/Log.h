@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_LOG_H
-#define AKVO_SIM_LOG_H
+#ifndef VELMO_KVO_SIM_LOG_H
+#define VELMO_KVO_SIM_LOG_H
 
 #include <string>
 

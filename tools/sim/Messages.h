@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_MESSAGES_H
-#define AKVO_SIM_MESSAGES_H
+#ifndef VELMO_KVO_SIM_MESSAGES_H
+#define VELMO_KVO_SIM_MESSAGES_H
 
 #include "Engine.h"
 

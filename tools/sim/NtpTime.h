@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_NTPTIME_H
-#define AKVO_SIM_NTPTIME_H
+#ifndef VELMO_KVO_SIM_NTPTIME_H
+#define VELMO_KVO_SIM_NTPTIME_H
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_OPTIONS_H
-#define AKVO_SIM_OPTIONS_H
+#ifndef VELMO_KVO_SIM_OPTIONS_H
+#define VELMO_KVO_SIM_OPTIONS_H
 
 #include "FaultPlan.h"
 

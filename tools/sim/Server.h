@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_SERVER_H
-#define AKVO_SIM_SERVER_H
+#ifndef VELMO_KVO_SIM_SERVER_H
+#define VELMO_KVO_SIM_SERVER_H
 
 #include "Connection.h"
 #include "RequestHandler.h"

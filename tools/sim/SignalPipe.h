@@ -1,5 +1,5 @@
-#ifndef AKVO_SIM_SIGNALPIPE_H
-#define AKVO_SIM_SIGNALPIPE_H
+#ifndef VELMO_KVO_SIM_SIGNALPIPE_H
+#define VELMO_KVO_SIM_SIGNALPIPE_H
 
 namespace velmo {
 namespace kvo {
