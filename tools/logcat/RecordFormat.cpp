@@ -1,5 +1,7 @@
 #include "RecordFormat.h"
 
+#include "JsonObject.h"
+#include "RecordDecoder.h"
 #include "TextEscape.h"
 
 #include <cstdint>
@@ -58,55 +60,79 @@ std::string timeAndThread(const LogRecord& record)
     return text;
 }
 
+// The record after its time: "P/TAG" or "event N", then `thread`, then the
+// rest of the line.
+std::string describe(const LogRecord& record, const std::string& thread)
+{
+    switch (record.kind) {
+    case RecordKind::Text:
+        return priorityLetter(record.priority) + ('/' + escapeControlCharacters(record.tag)) + thread + ": " +
+               escapeControlCharacters(record.message);
+    case RecordKind::Binary:
+        return "event " + std::to_string(record.eventTag) + thread +
+               (record.hasEventType
+                    ? " (type " + std::to_string(record.eventType) + "): " + hexBytes(record.eventBytes)
+                    : ":");
+    case RecordKind::StringEvent:
+        return "event " + std::to_string(record.eventTag) + thread +
+               " (string): " + escapeControlCharacters(record.message);
+    }
+    return std::string();
+}
+
 } // namespace
 
 std::string formatTextLine(const LogRecord& record)
 {
-    std::string line = timeAndThread(record) + ' ';
-    switch (record.kind) {
-    case RecordKind::Text:
-        line += priorityLetter(record.priority);
-        line += '/' + escapeControlCharacters(record.tag) + ": " + escapeControlCharacters(record.message);
-        break;
-    case RecordKind::Binary:
-        line += "event " + std::to_string(record.eventTag);
-        if (record.hasEventType) {
-            line += " (type " + std::to_string(record.eventType) + "): " + hexBytes(record.eventBytes);
-        } else {
-            line += ':';
-        }
-        break;
-    case RecordKind::StringEvent:
-        line += "event " + std::to_string(record.eventTag) +
-                " (string): " + escapeControlCharacters(record.message);
-        break;
-    }
-    return line;
+    return timeAndThread(record) + ' ' + describe(record, "");
+}
+
+std::string formatBriefLine(const LogRecord& record)
+{
+    return describe(record, '(' + std::to_string(record.threadId) + ')');
 }
 
 std::string formatJsonLine(const LogRecord& record)
 {
-    std::string line =
-        "{\"id\":" + std::to_string(record.logId) + ",\"tid\":" + std::to_string(record.threadId) +
-        ",\"sec\":" + std::to_string(record.seconds) + ",\"nsec\":" + std::to_string(record.nanoseconds);
+    json::JsonObject object;
+    object.number("id", record.logId)
+        .number("tid", record.threadId)
+        .number("sec", record.seconds)
+        .number("nsec", record.nanoseconds);
     switch (record.kind) {
     case RecordKind::Text:
-        line += ",\"kind\":\"text\",\"priority\":" + std::to_string(record.priority) +
-                ",\"tag\":" + jsonString(record.tag) + ",\"message\":" + jsonString(record.message);
+        object.text("kind", "text")
+            .number("priority", record.priority)
+            .text("tag", record.tag)
+            .text("message", record.message);
         break;
     case RecordKind::Binary:
-        line += ",\"kind\":\"binary\",\"event\":" + std::to_string(record.eventTag);
+        object.text("kind", "binary").number("event", record.eventTag);
         if (record.hasEventType) {
-            line += ",\"type\":" + std::to_string(record.eventType) + ",\"payload\":\"" +
-                    hexBytes(record.eventBytes) + '"';
+            object.number("type", record.eventType).text("payload", hexBytes(record.eventBytes));
         }
         break;
     case RecordKind::StringEvent:
-        line += ",\"kind\":\"string\",\"event\":" + std::to_string(record.eventTag) +
-                ",\"type\":2,\"message\":" + jsonString(record.message);
+        object.text("kind", "string")
+            .number("event", record.eventTag)
+            .number("type", stringEventType)
+            .text("message", record.message);
         break;
     }
-    return line + '}';
+    return object.line();
+}
+
+std::string formatLine(const LogRecord& record, LineFormat format)
+{
+    switch (format) {
+    case LineFormat::Brief:
+        return formatBriefLine(record);
+    case LineFormat::Json:
+        return formatJsonLine(record);
+    case LineFormat::Time:
+        break;
+    }
+    return formatTextLine(record);
 }
 
 } // namespace logcat

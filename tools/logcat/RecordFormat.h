@@ -9,13 +9,29 @@ namespace velmo {
 namespace kvo {
 namespace logcat {
 
+enum class LineFormat
+{
+    Brief,
+    Time,
+    Json
+};
+
+// Every line below has no newline.
+
 // "MM-DD HH:MM:SS.mmm TID P/TAG: message" in local time, for a text record;
 // "MM-DD HH:MM:SS.mmm TID event N (type T): hex" or "(string): text" for
-// events. No newline.
+// events.
 std::string formatTextLine(const LogRecord& record);
 
-// One JSON object on one line, no newline.
+// "P/TAG(TID): message", or "event N(TID) (type T): hex" and so on: Android's
+// brief form, with the thread in the place of the process, which records do
+// not carry.
+std::string formatBriefLine(const LogRecord& record);
+
+// One JSON object on one line.
 std::string formatJsonLine(const LogRecord& record);
+
+std::string formatLine(const LogRecord& record, LineFormat format);
 
 } // namespace logcat
 } // namespace kvo

@@ -11,10 +11,6 @@ namespace logcat {
 // or \xNN; every other byte is left as it is.
 std::string escapeControlCharacters(const std::string& text);
 
-// A JSON string literal, quotes included. Valid UTF-8 passes through; each
-// byte that is not part of a valid sequence becomes U+FFFD.
-std::string jsonString(const std::string& text);
-
 // Two lowercase hex digits per byte, no separator.
 std::string hexBytes(const std::string& bytes);
 

@@ -85,6 +85,29 @@ INSTANTIATE_TEST_SUITE_P(
                                    "abc"s),
                        "refused: string event declares 2 bytes but carries 3"s)));
 
+class Brief : public ::testing::TestWithParam<std::pair<std::string, std::string>>
+{
+};
+
+TEST_P(Brief, PutsTheThreadWhereAndroidPutsTheProcess)
+{
+    const std::string& bytes = GetParam().first;
+    velmo::kvo::logcat::LogRecord record;
+    std::string error;
+    ASSERT_TRUE(velmo::kvo::logcat::decodeRecord(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(),
+                                                 record, error));
+    EXPECT_EQ(GetParam().second,
+              velmo::kvo::logcat::formatLine(record, velmo::kvo::logcat::LineFormat::Brief));
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, Brief,
+                         ::testing::Values(std::make_pair(datagram(0, "\x04T\0a\nb\0"s), "I/T(77): a\\nb"s),
+                                           std::make_pair(datagram(2, "\x2a\0\0\0\x01\xaa"s),
+                                                          "event 42(77) (type 1): aa"s),
+                                           std::make_pair(datagram(2, "\x2a\0\0\0"s), "event 42(77):"s),
+                                           std::make_pair(datagram(2, "\x2a\0\0\0\x02\x01\0\0\0z"s),
+                                                          "event 42(77) (string): z"s)));
+
 struct TimeCase
 {
     const char* zone;
