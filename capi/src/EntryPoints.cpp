@@ -1,24 +1,26 @@
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
 #include "ServiceLink.h"
+#include "Turn.h"
 #include "Watchdog.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <atomic>
 #include <chrono>
 #include <exception>
-#include <mutex>
 #include <new>
 #include <string>
 
 using velmo::kvo::common::LipSyncNtpTimestamps;
+using velmo::kvo::lipsyncapi::HeldTurn;
 using velmo::kvo::lipsyncapi::Service;
 using velmo::kvo::lipsyncapi::ServiceLink;
+using velmo::kvo::lipsyncapi::Turn;
 using velmo::kvo::lipsyncapi::Watchdog;
 
 struct akvo_lipsync_service
 {
-    std::timed_mutex mutex;
+    Turn turn;
     std::atomic<uint32_t> deadlineMs{0};
     Service service;
     Watchdog watchdog;
@@ -48,10 +50,10 @@ int32_t invalid(const char* what)
 
 // The text protocol receives through one buffer shared by the whole process,
 // so only one exchange may wait for the engine at a time.
-std::timed_mutex& exchangeMutex()
+Turn& exchangeTurn()
 {
-    static std::timed_mutex mutex;
-    return mutex;
+    static Turn turn;
+    return turn;
 }
 
 class Deadline
@@ -65,14 +67,16 @@ public:
     bool isSet() const { return _milliseconds != 0; }
     Watchdog::Clock::time_point at() const { return _at; }
 
-    // False when the deadline passed before the lock was free.
-    bool lock(std::unique_lock<std::timed_mutex>& lock) const
+    // False when the deadline passed before the turn came.
+    bool take(Turn& turn, HeldTurn& held) const
     {
         if (!isSet()) {
-            lock.lock();
-            return true;
+            turn.take();
+        } else if (!turn.takeBefore(_at)) {
+            return false;
         }
-        return lock.try_lock_until(_at);
+        held.hold(turn);
+        return true;
     }
 
     std::string waitedTooLong() const
@@ -110,11 +114,12 @@ int32_t run(akvo_lipsync_service* handle, Waits waits, Call call) noexcept
             return invalid("service");
         }
         const Deadline deadline(handle->deadlineMs.load());
-        std::unique_lock<std::timed_mutex> handleLock(handle->mutex, std::defer_lock);
-        std::unique_lock<std::timed_mutex> exchangeLock(exchangeMutex(), std::defer_lock);
-        // Always the handle's lock first: a caller holding several handles
+        HeldTurn handleTurn;
+        HeldTurn engineTurn;
+        // Always the handle's turn first: a caller holding several handles
         // cannot build a cycle.
-        if (!deadline.lock(handleLock) || (waits == Waits::ForTheEngine && !deadline.lock(exchangeLock))) {
+        if (!deadline.take(handle->turn, handleTurn) ||
+            (waits == Waits::ForTheEngine && !deadline.take(exchangeTurn(), engineTurn))) {
             return report(AKVO_LIPSYNC_DEADLINE_EXCEEDED, deadline.waitedTooLong());
         }
         velmo::kvo::comms::Link* watched =

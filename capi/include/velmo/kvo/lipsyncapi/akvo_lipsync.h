@@ -45,7 +45,8 @@ enum akvo_lipsync_code
          the wait, the handle is now disconnected (connect it again before the
          next call), and the text nests the service's own result, e.g.
          "Deadline exceeded (Code 1100): No answer within 50 ms, disconnected
-         {An error has occured in the transport layer (Code 1005): {...}}";
+         {An error has occured in the transport layer (Code 1005): {...}}"
+         (the disconnection leaves its log line, as any does);
        - while waiting for another call on the same handle or for another
          exchange in the process: nothing was done and the handle is as it
          was; the text reads "Deadline exceeded (Code 1100): Still waiting for
@@ -76,8 +77,9 @@ AKVO_LIPSYNC_API void akvo_lipsync_destroy(akvo_lipsync_service* service);
 /* Bounds every later call on the handle to about `milliseconds`, waiting for
    its turn included; 0 (the default) waits as long as the engine takes. Takes
    effect at once, even while another thread is in a call on the handle, for
-   the calls that start afterwards. Connecting to a local socket does not
-   wait for the engine, and the deadline does not bound it beyond its turn. */
+   the calls that start afterwards. Only the wait for the turn and the wait
+   for the engine's answer are bounded: connecting to the local socket is
+   not. */
 AKVO_LIPSYNC_API int32_t akvo_lipsync_set_deadline(akvo_lipsync_service* service, uint32_t milliseconds);
 
 /* Connects to the engine's Unix socket `socket_name`, or to the default
