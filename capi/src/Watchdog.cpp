@@ -31,13 +31,17 @@ bool Watchdog::arm(comms::Link& link, Clock::time_point deadline)
     _link = &link;
     _deadline = deadline;
     _expired = false;
-    _wake.notify_one();
+    // A thread asleep until an earlier time wakes up by itself and then
+    // sleeps on until this deadline, so calls under the same deadline cost
+    // no wake-up each.
+    if (deadline < _asleepUntil) {
+        _wake.notify_one();
+    }
     return true;
 }
 
 // No wake-up here: a thread that wakes at a deadline already disarmed finds
-// nothing to watch and goes back to sleep, which costs less than waking it
-// after every call.
+// nothing to watch, or the next call's deadline, and goes back to sleep.
 bool Watchdog::disarm()
 {
     std::lock_guard<std::mutex> lock(_mutex);
@@ -52,12 +56,14 @@ void Watchdog::run()
     std::unique_lock<std::mutex> lock(_mutex);
     while (!_stopping) {
         if (_link == nullptr) {
+            _asleepUntil = Clock::time_point::max();
             _wake.wait(lock);
         } else if (Clock::now() >= _deadline) {
             _link->close();
             _link = nullptr;
             _expired = true;
         } else {
+            _asleepUntil = _deadline;
             _wake.wait_until(lock, _deadline);
         }
     }

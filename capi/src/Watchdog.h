@@ -14,8 +14,7 @@ namespace lipsyncapi {
 
 // Closes a link whose exchange outlives its deadline, which wakes the thread
 // blocked on it. One thread per watchdog, started by the first arm() and
-// kept for the next calls, so that a bounded call costs two wake-ups and no
-// thread creation.
+// kept for the next calls, so that a bounded call costs no thread creation.
 class Watchdog
 {
 public:
@@ -42,6 +41,9 @@ private:
     std::thread _thread;
     comms::Link* _link = nullptr;
     Clock::time_point _deadline;
+    // When the thread wakes up by itself; the largest time while it waits
+    // for something to watch.
+    Clock::time_point _asleepUntil = Clock::time_point::max();
     bool _expired = false;
     bool _stopping = false;
 };
