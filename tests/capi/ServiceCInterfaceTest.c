@@ -11,6 +11,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -110,6 +111,8 @@ static void simulator_start(simulator* sim, const char* const* arguments)
     argv[3 + count] = NULL;
     sim->pid = fork();
     if (sim->pid == 0) {
+        /* Should the test die halfway, the simulator goes with it. */
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
         const int output = open(sim->output_path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
         const int log = open(sim->log_path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
         dup2(output, STDOUT_FILENO);
