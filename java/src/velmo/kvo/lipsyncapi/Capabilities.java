@@ -6,14 +6,20 @@ public final class Capabilities
     private final long granularityMs;
     private final long maxAudioDelayMarginMs;
 
+    /**
+     * @param granularityMs the step between accepted margins, in milliseconds
+     * @param maxAudioDelayMarginMs the largest accepted margin, in milliseconds
+     */
     public Capabilities(long granularityMs, long maxAudioDelayMarginMs)
     {
         this.granularityMs = granularityMs;
         this.maxAudioDelayMarginMs = maxAudioDelayMarginMs;
     }
 
+    /** @return the step between accepted margins, in milliseconds (20) */
     public long getGranularityMs() { return granularityMs; }
 
+    /** @return the largest accepted margin, in milliseconds (100) */
     public long getMaxAudioDelayMarginMs() { return maxAudioDelayMarginMs; }
 
     @Override public boolean equals(Object other)

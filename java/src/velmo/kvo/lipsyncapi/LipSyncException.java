@@ -29,16 +29,22 @@ public class LipSyncException extends Exception
      */
     public static final int DEADLINE_EXCEEDED = 1100;
 
+    /** The service's code. */
     private final int code;
 
+    /**
+     * @param code the service's code, or {@link #DEADLINE_EXCEEDED}
+     * @param text the whole result text
+     */
     public LipSyncException(int code, String text)
     {
         super(text);
         this.code = code;
     }
 
+    /** @return the service's code (1001 to 1007), or {@link #DEADLINE_EXCEEDED} */
     public int getCode() { return code; }
 
-    /** The whole result text, the same as {@link #getMessage()}. */
+    /** @return the whole result text, the same as {@link #getMessage()} */
     public String getText() { return getMessage(); }
 }

@@ -54,6 +54,7 @@ public final class LipSyncService implements AutoCloseable
      * the default, waits as long as the engine takes. A part of a millisecond counts as a whole one. Takes
      * effect at once, also while another thread is in a call, for the calls that start afterwards.
      *
+     * @param deadline the longest a call may take, or {@link Duration#ZERO} for no bound
      * @throws IllegalArgumentException when negative or longer than 2^32 - 1 ms (about 49 days)
      */
     public void setDeadline(Duration deadline)
@@ -72,10 +73,19 @@ public final class LipSyncService implements AutoCloseable
         }
     }
 
-    /** Connects to the engine's socket at {@link #DEFAULT_SOCKET_NAME}. */
+    /**
+     * Connects to the engine's socket at {@link #DEFAULT_SOCKET_NAME}.
+     *
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public void connect() throws LipSyncException { connect(DEFAULT_SOCKET_NAME); }
 
-    /** Connects to the engine's Unix socket at {@code socketName}. */
+    /**
+     * Connects to the engine's Unix socket at {@code socketName}.
+     *
+     * @param socketName the socket's path
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public void connect(String socketName) throws LipSyncException
     {
         Objects.requireNonNull(socketName, "socketName");
@@ -91,6 +101,11 @@ public final class LipSyncService implements AutoCloseable
         }
     }
 
+    /**
+     * Closes the connection.
+     *
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public void disconnect() throws LipSyncException
     {
         final long service = acquire();
@@ -101,7 +116,12 @@ public final class LipSyncService implements AutoCloseable
         }
     }
 
-    /** The margins that {@link #setAudioDelayMargin} accepts; the engine is not asked. */
+    /**
+     * The margins that {@link #setAudioDelayMargin} accepts; the engine is not asked.
+     *
+     * @return the granularity (20 ms) and the largest margin (100 ms)
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public Capabilities getCapabilities() throws LipSyncException
     {
         final long[] values = new long[2];
@@ -117,6 +137,9 @@ public final class LipSyncService implements AutoCloseable
     /**
      * Asks the engine to take on an audio delay margin of {@code delayMs} (an unsigned value; 0 to 100 in
      * steps of 20).
+     *
+     * @param delayMs the margin in milliseconds, unsigned
+     * @throws LipSyncException when the service reports a failure, with its code and text
      */
     public void setAudioDelayMargin(long delayMs) throws LipSyncException
     {
@@ -128,7 +151,12 @@ public final class LipSyncService implements AutoCloseable
         }
     }
 
-    /** The last margin that the engine accepted, 0 before any; the engine is not asked. */
+    /**
+     * The last margin that the engine accepted; the engine is not asked.
+     *
+     * @return the margin in milliseconds, 0 before any was accepted
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public long getAudioDelayMargin() throws LipSyncException
     {
         final long[] values = new long[1];
@@ -141,7 +169,12 @@ public final class LipSyncService implements AutoCloseable
         return values[0];
     }
 
-    /** Asks the engine for the audio path's timestamps. */
+    /**
+     * Asks the engine for the audio path's timestamps.
+     *
+     * @return the four values
+     * @throws LipSyncException when the service reports a failure, with its code and text
+     */
     public NtpTimestamps getAudioTimestamps() throws LipSyncException
     {
         final long[] values = new long[4];
@@ -156,6 +189,9 @@ public final class LipSyncService implements AutoCloseable
 
     /**
      * Hands over the video side's timestamps; the engine is not told, the call only checks the connection.
+     *
+     * @param timestamps the video side's timestamps
+     * @throws LipSyncException when the service reports a failure, with its code and text
      */
     public void setVideoTimestamps(NtpTimestamps timestamps) throws LipSyncException
     {

@@ -13,6 +13,12 @@ public final class NtpTimestamps implements Comparable<NtpTimestamps>
     private final long receivingTimestamp;
     private final long jitterBufferDepth;
 
+    /**
+     * @param captureTimestamp the capture time, an unsigned NTP 64-bit value
+     * @param renderingTimestamp the rendering time, an unsigned NTP 64-bit value
+     * @param receivingTimestamp the receiving time, an unsigned NTP 64-bit value
+     * @param jitterBufferDepth the jitter buffer's depth, unsigned, in the engine's own unit
+     */
     public NtpTimestamps(long captureTimestamp, long renderingTimestamp, long receivingTimestamp,
                          long jitterBufferDepth)
     {
@@ -22,12 +28,16 @@ public final class NtpTimestamps implements Comparable<NtpTimestamps>
         this.jitterBufferDepth = jitterBufferDepth;
     }
 
+    /** @return the capture time, an unsigned NTP 64-bit value */
     public long getCaptureTimestamp() { return captureTimestamp; }
 
+    /** @return the rendering time, an unsigned NTP 64-bit value */
     public long getRenderingTimestamp() { return renderingTimestamp; }
 
+    /** @return the receiving time, an unsigned NTP 64-bit value */
     public long getReceivingTimestamp() { return receivingTimestamp; }
 
+    /** @return the jitter buffer's depth, unsigned, in the engine's own unit */
     public long getJitterBufferDepth() { return jitterBufferDepth; }
 
     /**
