@@ -3,7 +3,11 @@
 # a symbol that applications rely on. Usage: exported-symbols.sh LIBRARY
 set -euo pipefail
 library=$1
-symbols=$(nm -D --defined-only "$library" | awk '{ $1=""; $2=""; sub(/^  /, ""); print }' | c++filt | sed 's/\[abi:cxx11\]//g')
+# Names are compared without the C++ runtime's own namespace and ABI tags
+# (std::__cxx11 and [abi:cxx11] in libstdc++, std::__1 in libc++, std::__ndk1
+# in the NDK's libc++), so that one list holds for every runtime.
+symbols=$(nm -D --defined-only "$library" | awk '{ $1=""; $2=""; sub(/^  /, ""); print }' | c++filt |
+  sed -E 's/\[abi:[a-z0-9]+\]//g; s/std::(__cxx11|__1|__ndk1)::/std::/g')
 
 allowed='^(velmo::kvo::lipsyncapi::Service::'\
 '|velmo::kvo::comms::(Link|Client|TextProtocol)::'\
@@ -25,7 +29,7 @@ fi
 required=(
   'velmo::kvo::lipsyncapi::Service::Service()'
   'velmo::kvo::lipsyncapi::Service::~Service()'
-  'velmo::kvo::lipsyncapi::Service::connect(std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> > const&)'
+  'velmo::kvo::lipsyncapi::Service::connect(std::basic_string<char, std::char_traits<char>, std::allocator<char> > const&)'
   'velmo::kvo::lipsyncapi::Service::disconnect()'
   'velmo::kvo::lipsyncapi::Service::getCapabilities(unsigned long long&, unsigned long long&) const'
   'velmo::kvo::lipsyncapi::Service::setAudioDelayMargin(unsigned long long)'
@@ -48,6 +52,8 @@ required=(
   'velmo::kvo::comms::TextProtocol::TextProtocol(velmo::kvo::comms::Link*)'
   'velmo::kvo::comms::TextProtocol::~TextProtocol()'
   'velmo::kvo::comms::TextProtocol::endMessageMarker'
+  'typeinfo for velmo::kvo::comms::TextProtocol'
+  'typeinfo for velmo::kvo::comms::Protocol<std::basic_string<char, std::char_traits<char>, std::allocator<char> > >'
   'velmo::utilities::result::ErrnoTrait::toString(int)'
   'akvo_lipsync_create'
   'akvo_lipsync_destroy'
