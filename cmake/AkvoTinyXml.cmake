@@ -1,7 +1,8 @@
 # TinyXML 2.6 comes from the system through pkg-config, or, for cross builds
 # whose toolchain cannot see the host's packages (the Android NDK confines
-# searches to its sysroot), from a source tree the user supplies. Either way
-# the rest of the build links akvo::tinyxml.
+# searches to its sysroot and has no pkg-config for it), from a source tree
+# the user supplies; only the first needs pkg-config. Either way the rest of
+# the build links akvo::tinyxml.
 set(AKVO_TINYXML_SOURCE_DIR "" CACHE PATH "Build TinyXML from this source tree instead of using the system's")
 
 if(AKVO_TINYXML_SOURCE_DIR)
@@ -19,6 +20,7 @@ if(AKVO_TINYXML_SOURCE_DIR)
   set(AKVO_PC_REQUIRES_PRIVATE "")
   set(AKVO_PC_LIBS_PRIVATE "-lakvo_tinyxml")
 else()
+  find_package(PkgConfig REQUIRED)
   pkg_check_modules(TINYXML REQUIRED IMPORTED_TARGET GLOBAL tinyxml)
   add_library(akvo::tinyxml ALIAS PkgConfig::TINYXML)
   set(AKVO_PC_REQUIRES_PRIVATE "tinyxml")
