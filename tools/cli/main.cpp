@@ -19,6 +19,7 @@ int main(int argc, char** argv)
                  "akvo-lipsync");
     app.add_option("--socket", socketName, "Path of the engine's lip-sync socket")->capture_default_str();
     app.add_flag("--json", json, "Print one JSON object per line");
+    app.set_version_flag("--version", std::string("akvo-lipsync ") + AKVO_VERSION);
     app.require_subcommand(1);
     addServiceCommands(app, args);
     app.add_subcommand("shell", "Read commands from standard input, one per line, over one connection "

@@ -40,6 +40,7 @@ int main(int argc, char** argv)
     CLI::App app{"Prints the records that the log writer sends to its datagram socket."};
     app.add_option("--socket", path, "Socket path to bind")->capture_default_str();
     app.add_flag("--json", json, "Print one JSON object per record");
+    app.set_version_flag("--version", std::string("akvo-logcat ") + AKVO_VERSION);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

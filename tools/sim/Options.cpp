@@ -73,10 +73,14 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options)
         ->take_all();
     app.add_option("--fault-file", faultFile, "Read faults from a file, one per line")->type_name("PATH");
     app.footer(faultHelp);
+    app.set_version_flag("--version", std::string(programName) + " " + AKVO_VERSION);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
         std::cout << app.help();
+        return 0;
+    } catch (const CLI::CallForVersion& version) {
+        std::cout << version.what() << '\n';
         return 0;
     } catch (const CLI::ParseError& e) {
         return usage(e.what());
