@@ -22,7 +22,8 @@ if(BUILD_SHARED_LIBS)
   set_property(TARGET akvolipsyncapi APPEND PROPERTY LINK_DEPENDS ${akvo_version_script})
 endif()
 if(AKVO_TINYXML_SOURCE_DIR AND NOT BUILD_SHARED_LIBS)
-  install(TARGETS akvo_tinyxml EXPORT akvolipsyncapiTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(TARGETS akvo_tinyxml EXPORT akvolipsyncapiTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endif()
 target_include_directories(akvolipsyncapi INTERFACE
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -34,13 +35,17 @@ endforeach()
 include(CMakePackageConfigHelpers)
 set(akvo_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/akvolipsyncapi)
 
+# Packages split as Debian's do: the versioned shared object is the runtime;
+# the link name, the headers, the static archive and the package files are
+# for development.
 install(TARGETS akvolipsyncapi EXPORT akvolipsyncapiTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(EXPORT akvolipsyncapiTargets
   NAMESPACE akvolipsyncapi::
-  DESTINATION ${akvo_cmake_dir})
+  DESTINATION ${akvo_cmake_dir}
+  COMPONENT development)
 configure_package_config_file(cmake/akvolipsyncapiConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfig.cmake
   INSTALL_DESTINATION ${akvo_cmake_dir})
@@ -50,11 +55,13 @@ write_basic_package_version_file(
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapiConfigVersion.cmake
-  DESTINATION ${akvo_cmake_dir})
+  DESTINATION ${akvo_cmake_dir}
+  COMPONENT development)
 
 # The .pc file finds its prefix from its own place, so an installed tree can be
 # moved or installed with a different --prefix.
 file(RELATIVE_PATH AKVO_PC_PREFIX_FROM_PCDIR ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/akvolipsyncapi.pc.in ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/akvolipsyncapi.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)

@@ -46,7 +46,7 @@ function(akvo_public_headers)
   foreach(header ${ARGN})
     get_filename_component(dir ${header} DIRECTORY)
     string(REGEX REPLACE "^include/?" "" dir "${dir}")
-    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${dir})
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${dir} COMPONENT development)
   endforeach()
 endfunction()
 
