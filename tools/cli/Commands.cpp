@@ -1,12 +1,15 @@
 #include "Commands.h"
 
+#include "ShellInput.h"
+
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
 
-namespace akvo {
+namespace velmo {
+namespace kvo {
 namespace cli {
 
 namespace {
@@ -33,34 +36,11 @@ CLI::Validator unsignedNumber()
         "");
 }
 
-// Splitting and parsing a line take time quadratic in its number of words: a
-// line of millions would hold the shell for minutes.
-constexpr std::size_t maxLineBytes = 64 * 1024;
-
-enum class LineRead
-{
-    Line,
-    TooLong, // the line was read to its end and dropped
-    End
-};
-
-LineRead readLine(std::istream& in, std::string& line)
-{
-    line.clear();
-    std::streambuf& input = *in.rdbuf();
-    int c;
-    while ((c = input.sbumpc()) != std::char_traits<char>::eof() && c != '\n') {
-        if (line.size() <= maxLineBytes) {
-            line += static_cast<char>(c);
-        }
-    }
-    if (line.size() > maxLineBytes) {
-        return LineRead::TooLong;
-    }
-    return c == std::char_traits<char>::eof() && line.empty() ? LineRead::End : LineRead::Line;
-}
-
 } // namespace
+
+const char* const shellExitStatus =
+    "The shell exits with the status of the last line it ran: its command's, 2 for a line that is no "
+    "command, 0 when none ran; quit and the end of input keep it.";
 
 void addServiceCommands(CLI::App& app, CommandArgs& args)
 {
@@ -80,7 +60,10 @@ void addServiceCommands(CLI::App& app, CommandArgs& args)
     timestamps->add_option("--interval-ms", args.intervalMs, "Pause between samples in milliseconds")
         ->check(u32);
     timestamps->add_flag("--watch", args.watch,
-                         "Keep sampling and show latency, network delay and depth live");
+                         "Keep sampling, show latency, network delay and depth live on a terminal, and "
+                         "end with their least, mean and greatest values");
+    timestamps->add_flag("--csv", args.csv,
+                         "Print a header and one comma-separated row per sample, failures on standard error");
     CLI::App* video = app.add_subcommand("video-ts", "Hand over video timestamps");
     video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required()->check(u64);
     video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required()->check(u64);
@@ -88,7 +71,7 @@ void addServiceCommands(CLI::App& app, CommandArgs& args)
     video->add_option("DEPTH", args.depth, "Jitter buffer depth")->required()->check(u64);
 }
 
-int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& session)
+int runServiceCommand(const CLI::App& app, const CommandArgs& args, const Output& output, Session& session)
 {
     if (app.got_subcommand("caps")) {
         return session.caps();
@@ -100,7 +83,11 @@ int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& ses
         return session.getMargin();
     }
     if (app.got_subcommand("timestamps")) {
-        return session.timestamps(args.count, args.intervalMs, args.watch);
+        if (args.csv && output.json()) {
+            output.report("timestamps", ExitUsage, "--csv and --json exclude each other");
+            return ExitUsage;
+        }
+        return session.timestamps(args.count, args.intervalMs, args.watch, args.csv);
     }
     if (app.got_subcommand("video-ts")) {
         return session.videoTimestamps({args.capture, args.rendering, args.receiving, args.depth});
@@ -108,23 +95,27 @@ int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& ses
     return -1;
 }
 
-int runShell(std::istream& in, const std::string& socketName, const Output& output)
+int runShell(const std::string& socketName, const Output& output)
 {
     Session session(output);
     CommandArgs args;
     std::string connectPath;
     CLI::App shell("Shell commands");
+    shell.footer(shellExitStatus);
     shell.require_subcommand(1);
     addServiceCommands(shell, args);
     shell.add_subcommand("connect", "Connect to the engine")->add_option("PATH", connectPath, "Socket path");
     shell.add_subcommand("disconnect", "Disconnect from the engine");
+    shell.add_subcommand("help", "Show the commands");
     shell.add_subcommand("quit", "Leave the shell");
 
     int status = ExitSuccess;
     std::string line;
-    for (LineRead read; (read = readLine(in, line)) != LineRead::End;) {
-        if (read == LineRead::TooLong) {
-            output.error("shell", "line longer than " + std::to_string(maxLineBytes) + " bytes, skipped");
+    ShellInput input;
+    for (ShellInput::Read read; (read = input.next(line)) != ShellInput::Read::End;) {
+        if (read == ShellInput::Read::TooLong) {
+            output.report("shell", ExitUsage,
+                          "line longer than " + std::to_string(maxLineBytes) + " bytes, skipped");
             status = ExitUsage;
             continue;
         }
@@ -134,14 +125,29 @@ int runShell(std::istream& in, const std::string& socketName, const Output& outp
         }
         args = CommandArgs();
         connectPath = socketName;
+        bool help = false;
         try {
             shell.parse(line, false);
+            help = shell.got_subcommand("help");
         } catch (const CLI::CallForHelp&) {
-            std::cout << shell.help();
-            continue;
+            help = true;
         } catch (const CLI::ParseError& error) {
-            output.error(line, error.what());
+            output.report(line, ExitUsage, error.what());
             status = ExitUsage;
+            continue;
+        }
+        if (help) {
+            // Once a line is parsed, help() would describe its command alone.
+            shell.clear();
+            std::string text = shell.help();
+            text += text.back() == '\n' ? "" : "\n";
+            // In JSON too every line is an object.
+            if (output.json()) {
+                output.report("help", ExitSuccess, text);
+            } else {
+                std::cout << text << std::flush;
+            }
+            status = ExitSuccess;
             continue;
         }
         if (shell.got_subcommand("quit")) {
@@ -152,11 +158,12 @@ int runShell(std::istream& in, const std::string& socketName, const Output& outp
         } else if (shell.got_subcommand("disconnect")) {
             status = session.disconnect(false);
         } else {
-            status = runServiceCommand(shell, args, session);
+            status = runServiceCommand(shell, args, output, session);
         }
     }
     return status;
 }
 
 } // namespace cli
-} // namespace akvo
+} // namespace kvo
+} // namespace velmo

@@ -1,5 +1,5 @@
-#ifndef AKVO_TOOLS_CLI_COMMANDS_H
-#define AKVO_TOOLS_CLI_COMMANDS_H
+#ifndef VELMO_KVO_CLI_COMMANDS_H
+#define VELMO_KVO_CLI_COMMANDS_H
 
 #include "Session.h"
 
@@ -7,7 +7,8 @@
 
 #include <string>
 
-namespace akvo {
+namespace velmo {
+namespace kvo {
 namespace cli {
 
 // The values of the command that was parsed last; the same definitions serve
@@ -18,6 +19,7 @@ struct CommandArgs
     unsigned int count = 1;
     unsigned int intervalMs = 1000;
     bool watch = false;
+    bool csv = false;
     unsigned long long capture = 0;
     unsigned long long rendering = 0;
     unsigned long long receiving = 0;
@@ -28,13 +30,17 @@ struct CommandArgs
 void addServiceCommands(CLI::App& app, CommandArgs& args);
 
 // Runs the service command that `app` parsed; returns -1 if none was given.
-int runServiceCommand(const CLI::App& app, const CommandArgs& args, Session& session);
+int runServiceCommand(const CLI::App& app, const CommandArgs& args, const Output& output, Session& session);
 
-// Reads commands from `in` line by line until its end or "quit"; returns the
-// exit status of the last command run.
-int runShell(std::istream& in, const std::string& socketName, const Output& output);
+// How the shell chooses its exit status, for the help texts.
+extern const char* const shellExitStatus;
+
+// Reads commands from standard input line by line until its end or "quit";
+// returns the exit status that shellExitStatus describes.
+int runShell(const std::string& socketName, const Output& output);
 
 } // namespace cli
-} // namespace akvo
+} // namespace kvo
+} // namespace velmo
 
 #endif

@@ -1,88 +1,81 @@
 #include "Output.h"
 
-#include <iomanip>
-#include <sstream>
+#include "JsonObject.h"
 
-namespace akvo {
+#include <cstdio>
+
+namespace velmo {
+namespace kvo {
 namespace cli {
 
 Field numberField(const std::string& name, unsigned long long value)
 {
-    return Field{name, std::to_string(value), true};
+    return Field{name, std::to_string(value), Field::Kind::Number};
 }
 
-Field millisecondsField(const std::string& name, double value)
+Field timestampField(const std::string& name, uint64_t value)
 {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(3) << value;
-    return Field{name, text.str(), true};
+    return Field{name, std::to_string(value), Field::Kind::Timestamp};
 }
 
-std::string jsonQuoted(const std::string& text)
+Field decimalField(const std::string& name, double value)
 {
-    std::ostringstream out;
-    out << '"';
-    for (unsigned char c : text) {
-        switch (c) {
-        case '"':
-            out << "\\\"";
-            break;
-        case '\\':
-            out << "\\\\";
-            break;
-        case '\n':
-            out << "\\n";
-            break;
-        case '\t':
-            out << "\\t";
-            break;
-        default:
-            if (c < 0x20) {
-                out << "\\u" << std::hex << std::setw(4) << std::setfill('0') << static_cast<int>(c)
-                    << std::dec;
-            } else {
-                out << c;
-            }
-        }
-    }
-    out << '"';
-    return out.str();
+    char text[64];
+    std::snprintf(text, sizeof(text), "%.3f", value);
+    return Field{name, text, Field::Kind::Number};
 }
 
-void Output::print(const std::string& command, const velmo::kvo::lipsyncapi::Service::ServiceResult& result,
+Field textField(const std::string& name, const std::string& value)
+{
+    return Field{name, value, Field::Kind::Text};
+}
+
+void Output::print(const std::string& command, const lipsyncapi::Service::ServiceResult& result,
                    const std::vector<Field>& fields) const
 {
-    std::ostringstream line;
     if (_json) {
-        line << "{\"command\":" << jsonQuoted(command)
-             << ",\"code\":" << static_cast<long long>(result.getErrorCode())
-             << ",\"result\":" << jsonQuoted(result.format());
-        for (const Field& field : fields) {
-            line << "," << jsonQuoted(field.name) << ":"
-                 << (field.isNumber ? field.text : jsonQuoted(field.text));
-        }
-        line << "}";
-    } else {
-        line << command << ": " << result.format();
-        // A failure's values would read as part of its message.
-        for (const Field& field : result.isSuccess() ? fields : std::vector<Field>()) {
-            line << " " << field.name << "=" << field.text;
-        }
+        printJson(command, static_cast<long long>(result.getErrorCode()), result.format(), fields);
+        return;
     }
-    std::printf("%s\n", line.str().c_str());
-    std::fflush(stdout);
+    std::string line = command + ": " + result.format();
+    // A failure's values would read as part of its message.
+    for (const Field& field : result.isSuccess() ? fields : std::vector<Field>()) {
+        line += " " + field.name + "=" + field.text;
+    }
+    std::fprintf(_stream, "%s\n", line.c_str());
+    std::fflush(_stream);
 }
 
-void Output::error(const std::string& command, const std::string& message) const
+void Output::report(const std::string& command, int code, const std::string& message) const
 {
     if (_json) {
-        std::printf("{\"command\":%s,\"error\":%s}\n", jsonQuoted(command).c_str(),
-                    jsonQuoted(message).c_str());
-    } else {
-        std::printf("%s: %s\n", command.c_str(), message.c_str());
+        printJson(command, code, message, {});
+        return;
     }
-    std::fflush(stdout);
+    std::fprintf(_stream, "%s: %s\n", command.c_str(), message.c_str());
+    std::fflush(_stream);
+}
+
+void Output::printJson(const std::string& command, long long code, const std::string& result,
+                       const std::vector<Field>& fields) const
+{
+    json::JsonObject object;
+    object.text("command", command).number("code", code).text("result", result);
+    for (const Field& field : fields) {
+        switch (field.kind) {
+        case Field::Kind::Number:
+            object.raw(field.name, field.text);
+            break;
+        case Field::Kind::Timestamp:
+        case Field::Kind::Text:
+            object.text(field.name, field.text);
+            break;
+        }
+    }
+    std::fprintf(_stream, "%s\n", object.line().c_str());
+    std::fflush(_stream);
 }
 
 } // namespace cli
-} // namespace akvo
+} // namespace kvo
+} // namespace velmo

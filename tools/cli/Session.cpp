@@ -1,17 +1,21 @@
 #include "Session.h"
 
+#include "Statistics.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <thread>
 #include <unistd.h>
 
-namespace akvo {
+namespace velmo {
+namespace kvo {
 namespace cli {
 
-using velmo::kvo::common::LipSyncNtpTimestamps;
-using velmo::kvo::lipsyncapi::Service;
+using common::LipSyncNtpTimestamps;
+using lipsyncapi::Service;
 
 namespace {
 
@@ -58,7 +62,7 @@ int Session::connect(const std::string& socketName, bool quietOnSuccess)
 {
     const Service::ServiceResult result = _service.connect(socketName);
     if (result.isFailure() || !quietOnSuccess) {
-        _output.print("connect", result, {Field{"socket", socketName, false}});
+        _output.print("connect", result, {textField("socket", socketName)});
     }
     return exitStatusFor(result);
 }
@@ -108,11 +112,21 @@ int Session::getMargin()
     return exitStatusFor(result);
 }
 
-int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch)
+int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch, bool csv)
 {
-    const bool liveLine = watch && !_output.json() && isatty(STDOUT_FILENO);
+    const bool liveLine = watch && !csv && !_output.json() && isatty(STDOUT_FILENO);
+    // Standard output holds nothing but the table in CSV.
+    const Output failures(_output.json(), csv ? stderr : stdout);
     interrupted = 0;
     void (*previous)(int) = std::signal(SIGINT, onInterrupt);
+    if (csv) {
+        std::printf("capture,rendering,receiving,jitterBufferDepth,audioLatencyMs,networkDelayMs\n");
+    }
+    Statistics latency;
+    Statistics network;
+    Statistics depth;
+    std::optional<Service::ServiceResult> lastSuccess;
+    bool lineShown = false;
     int status = ExitSuccess;
     for (unsigned int sample = 0; (watch && count == 0) || sample < count; ++sample) {
         if (sample > 0) {
@@ -121,32 +135,60 @@ int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch)
         if (interrupted) {
             break;
         }
+        if (lineShown) {
+            // The library writes a line to standard error on every call, which
+            // on a terminal would land inside the live line: cleared first,
+            // the line scrolls up whole and the live line is drawn below it.
+            std::printf("\r\033[K");
+            std::fflush(stdout);
+            lineShown = false;
+        }
         LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
         const Service::ServiceResult result = _service.getAudioTimestamps(timestamps);
         status = exitStatusFor(result);
         if (result.isFailure()) {
-            if (liveLine) {
-                std::printf("\n");
-            }
-            _output.print("timestamps", result);
+            failures.print("timestamps", result);
             break;
         }
+        lastSuccess = result;
         const double latencyMs = ntpDifferenceMs(timestamps.tRdr, timestamps.tCap);
         const double networkMs = ntpDifferenceMs(timestamps.tCap, timestamps.tRcv);
+        latency.add(latencyMs);
+        network.add(networkMs);
+        depth.add(static_cast<double>(timestamps.jbmDepth));
         if (liveLine) {
-            std::printf("\raudio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu   ",
-                        latencyMs, networkMs, timestamps.jbmDepth);
+            std::printf("audio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu", latencyMs,
+                        networkMs, timestamps.jbmDepth);
             std::fflush(stdout);
-            continue;
+            lineShown = true;
+        } else if (csv) {
+            std::printf("%llu,%llu,%llu,%llu,%.3f,%.3f\n", timestamps.tCap, timestamps.tRdr, timestamps.tRcv,
+                        timestamps.jbmDepth, latencyMs, networkMs);
+            std::fflush(stdout);
+        } else {
+            _output.print(
+                "timestamps", result,
+                {timestampField("capture", timestamps.tCap), timestampField("rendering", timestamps.tRdr),
+                 timestampField("receiving", timestamps.tRcv),
+                 numberField("jitterBufferDepth", timestamps.jbmDepth),
+                 decimalField("audioLatencyMs", latencyMs), decimalField("networkDelayMs", networkMs)});
         }
-        _output.print(
-            "timestamps", result,
-            {numberField("capture", timestamps.tCap), numberField("rendering", timestamps.tRdr),
-             numberField("receiving", timestamps.tRcv), numberField("jitterBufferDepth", timestamps.jbmDepth),
-             millisecondsField("audioLatencyMs", latencyMs), millisecondsField("networkDelayMs", networkMs)});
     }
-    if (liveLine) {
+    if (lineShown) {
         std::printf("\n");
+    }
+    if (watch && !csv && lastSuccess) {
+        _output.print(
+            "timestamps statistics", *lastSuccess,
+            {numberField("samples", latency.count()), decimalField("audioLatencyMinMs", latency.least()),
+             decimalField("audioLatencyMeanMs", latency.mean()),
+             decimalField("audioLatencyMaxMs", latency.greatest()),
+             decimalField("networkDelayMinMs", network.least()),
+             decimalField("networkDelayMeanMs", network.mean()),
+             decimalField("networkDelayMaxMs", network.greatest()),
+             numberField("jitterBufferDepthMin", static_cast<unsigned long long>(depth.least())),
+             decimalField("jitterBufferDepthMean", depth.mean()),
+             numberField("jitterBufferDepthMax", static_cast<unsigned long long>(depth.greatest()))});
     }
     std::signal(SIGINT, previous);
     return status;
@@ -160,4 +202,5 @@ int Session::videoTimestamps(const LipSyncNtpTimestamps& timestamps)
 }
 
 } // namespace cli
-} // namespace akvo
+} // namespace kvo
+} // namespace velmo

@@ -1,5 +1,5 @@
-#ifndef AKVO_TOOLS_CLI_SESSION_H
-#define AKVO_TOOLS_CLI_SESSION_H
+#ifndef VELMO_KVO_CLI_SESSION_H
+#define VELMO_KVO_CLI_SESSION_H
 
 #include "Output.h"
 
@@ -7,7 +7,8 @@
 
 #include <string>
 
-namespace akvo {
+namespace velmo {
+namespace kvo {
 namespace cli {
 
 // Exit statuses, one per class of failure, so that scripts can react.
@@ -24,7 +25,7 @@ enum ExitStatus
     ExitNotInCall = 8
 };
 
-int exitStatusFor(const velmo::kvo::lipsyncapi::Service::ServiceResult& result);
+int exitStatusFor(const lipsyncapi::Service::ServiceResult& result);
 
 // One Service and the commands a user can run on it; each command prints one
 // line per outcome and returns its exit status.
@@ -38,15 +39,18 @@ public:
     int caps();
     int setMargin(unsigned long long delayMs);
     int getMargin();
-    int timestamps(unsigned int count, unsigned int intervalMs, bool watch);
-    int videoTimestamps(const velmo::kvo::common::LipSyncNtpTimestamps& timestamps);
+    // With `watch`, statistics follow the samples; `csv` prints a table
+    // instead, and failures on standard error.
+    int timestamps(unsigned int count, unsigned int intervalMs, bool watch, bool csv);
+    int videoTimestamps(const common::LipSyncNtpTimestamps& timestamps);
 
 private:
-    velmo::kvo::lipsyncapi::Service _service;
+    lipsyncapi::Service _service;
     const Output& _output;
 };
 
 } // namespace cli
-} // namespace akvo
+} // namespace kvo
+} // namespace velmo
 
 #endif

@@ -2,6 +2,7 @@
 // the log socket and prints every record the log writer sends, one per line.
 
 #include "LogListener.h"
+#include "PriorityFilter.h"
 #include "RecordDecoder.h"
 #include "RecordFormat.h"
 #include "StopSignals.h"
@@ -9,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,7 +20,7 @@ namespace {
 
 constexpr int usageError = 2;
 
-void printRecord(const std::vector<uint8_t>& datagram, bool json)
+void printRecord(const std::vector<uint8_t>& datagram, const PriorityFilter& filter, LineFormat format)
 {
     LogRecord record;
     std::string error;
@@ -26,7 +28,10 @@ void printRecord(const std::vector<uint8_t>& datagram, bool json)
         std::fprintf(stderr, "akvo-logcat: skipped malformed record: %s\n", error.c_str());
         return;
     }
-    const std::string line = json ? formatJsonLine(record) : formatTextLine(record);
+    if (!filter.shows(record)) {
+        return;
+    }
+    const std::string line = formatLine(record, format);
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
 }
@@ -37,9 +42,24 @@ int main(int argc, char** argv)
 {
     std::string path = AKVO_LOGDW_PATH;
     bool json = false;
+    LineFormat format = LineFormat::Time;
+    std::vector<std::string> specs;
     CLI::App app{"Prints the records that the log writer sends to its datagram socket."};
     app.add_option("--socket", path, "Socket path to bind")->capture_default_str();
-    app.add_flag("--json", json, "Print one JSON object per record");
+    CLI::Option* formatOption =
+        app.add_option("-v,--format", format,
+                       "brief: P/TAG(TID): message; time: MM-DD HH:MM:SS.mmm TID P/TAG: message (local "
+                       "time); json: one JSON object per record")
+            ->transform(CLI::CheckedTransformer(
+                std::map<std::string, LineFormat>{
+                    {"brief", LineFormat::Brief}, {"time", LineFormat::Time}, {"json", LineFormat::Json}},
+                CLI::ignore_case))
+            ->default_str("time");
+    app.add_flag("--json", json, "Same as --format json")->excludes(formatOption);
+    app.add_option("FILTERSPEC", specs,
+                   "TAG:P shows the records of TAG at priority P (V D I W E F, S for none) and above; *:P "
+                   "does so for the other tags, e.g. AKVOLIPSYNCAPI:I *:S. Events are of priority I under "
+                   "their tag number");
     app.set_version_flag("--version", std::string("akvo-logcat ") + AKVO_VERSION);
     try {
         app.parse(argc, argv);
@@ -50,10 +70,20 @@ int main(int argc, char** argv)
         app.exit(error);
         return usageError;
     }
+    PriorityFilter filter;
+    std::string error;
+    for (const std::string& spec : specs) {
+        if (!filter.add(spec, error)) {
+            std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
+            return usageError;
+        }
+    }
+    if (json) {
+        format = LineFormat::Json;
+    }
 
     const StopSignals signals;
     LogListener listener(signals);
-    std::string error;
     const LogListener::BindOutcome bound = listener.bind(path, error);
     if (bound != LogListener::BindOutcome::Bound) {
         std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
@@ -66,7 +96,7 @@ int main(int argc, char** argv)
     for (;;) {
         switch (listener.receive(datagram, size, error)) {
         case LogListener::Outcome::Datagram:
-            printRecord(datagram, json);
+            printRecord(datagram, filter, format);
             break;
         case LogListener::Outcome::Oversized:
             std::fprintf(stderr, "akvo-logcat: skipped datagram of %zu bytes, more than a record can have\n",

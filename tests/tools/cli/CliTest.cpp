@@ -3,6 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 using akvo::test::ProgramOutput;
 using akvo::test::runProgram;
 using akvo::test::SimulatorProcess;
@@ -87,6 +93,33 @@ INSTANTIATE_TEST_SUITE_P(
             "timestamps: An error has occured in the transport layer (Code 1005): {Connection closed by "
             "distant (Code 5905): {Protocol has been closed by distant (Code 40005): {Closed by distant "
             "(Code 10003)}}}\n"},
+        CommandCase{"JsonTimestampsAreStringsOfDigits",
+                    {"--fixed"},
+                    {"--json", "timestamps"},
+                    0,
+                    "{\"command\":\"timestamps\",\"code\":1000,\"result\":\"Success\",\"capture\":"
+                    "\"16045690984833536\",\"rendering\":\"16045690985263104\",\"receiving\":"
+                    "\"16045690984404992\",\"jitterBufferDepth\":40,\"audioLatencyMs\":0.100,"
+                    "\"networkDelayMs\":0.100}\n"},
+        CommandCase{"Csv",
+                    {"--fixed"},
+                    {"timestamps", "--csv", "--count", "2", "--interval-ms", "0"},
+                    0,
+                    "capture,rendering,receiving,jitterBufferDepth,audioLatencyMs,networkDelayMs\n"
+                    "16045690984833536,16045690985263104,16045690984404992,40,0.100,0.100\n"
+                    "16045690984833536,16045690985263104,16045690984404992,40,0.100,0.100\n"},
+        CommandCase{"CsvEndsAtAFailureWhichGoesToStandardError",
+                    {"--fixed", "--fault", "2:close"},
+                    {"timestamps", "--csv", "--count", "3", "--interval-ms", "0"},
+                    6,
+                    "capture,rendering,receiving,jitterBufferDepth,audioLatencyMs,networkDelayMs\n"
+                    "16045690984833536,16045690985263104,16045690984404992,40,0.100,0.100\n"},
+        CommandCase{"CsvWithJsonIsAUsageError",
+                    {},
+                    {"--json", "timestamps", "--csv"},
+                    2,
+                    "{\"command\":\"timestamps\",\"code\":2,\"result\":\"--csv and --json exclude each "
+                    "other\"}\n"},
         CommandCase{"JsonCaps",
                     {},
                     {"--json", "caps"},
@@ -260,9 +293,9 @@ TEST(Cli, ShellReportsBadLinesAndGoesOn)
     const ProgramOutput run =
         cli({"--json", "--socket", simulator.socketPath(), "shell"}, "connect\nbogus\ncaps\nquit\ncaps\n");
     EXPECT_EQ(0, run.exitStatus);
-    const std::vector<std::string> expectedStarts{
-        "{\"command\":\"connect\",\"code\":1000,",
-        "{\"command\":\"bogus\",\"error\":", "{\"command\":\"caps\",\"code\":1000,"};
+    const std::vector<std::string> expectedStarts{"{\"command\":\"connect\",\"code\":1000,",
+                                                  "{\"command\":\"bogus\",\"code\":2,",
+                                                  "{\"command\":\"caps\",\"code\":1000,"};
     size_t position = 0;
     for (const std::string& start : expectedStarts) {
         ASSERT_EQ(position, run.standardOutput.find(start, position)) << run.standardOutput;
@@ -292,7 +325,169 @@ TEST(Cli, WatchCountsSamples)
     const std::string sample = "timestamps: Success capture=16045690984833536 rendering=16045690985263104 "
                                "receiving=16045690984404992 jitterBufferDepth=40 audioLatencyMs=0.100 "
                                "networkDelayMs=0.100\n";
-    EXPECT_EQ(sample + sample + sample, run.standardOutput);
+    EXPECT_EQ(sample + sample + sample +
+                  "timestamps statistics: Success samples=3 audioLatencyMinMs=0.100 audioLatencyMeanMs=0.100 "
+                  "audioLatencyMaxMs=0.100 networkDelayMinMs=0.100 networkDelayMeanMs=0.100 "
+                  "networkDelayMaxMs=0.100 jitterBufferDepthMin=40 jitterBufferDepthMean=40.000 "
+                  "jitterBufferDepthMax=40\n",
+              run.standardOutput);
+}
+
+TEST(Cli, CsvFailureIsReportedOnStandardError)
+{
+    SimulatorProcess simulator({"--fault", "1:close"});
+    const ProgramOutput run = cli({"--socket", simulator.socketPath(), "timestamps", "--csv"});
+    EXPECT_EQ(6, run.exitStatus);
+    EXPECT_NE(std::string::npos,
+              run.standardError.find("timestamps: An error has occured in the transport layer (Code 1005)"))
+        << run.standardError;
+}
+
+struct ShellStatusCase
+{
+    const char* input;
+    int exitStatus;
+};
+
+class ShellExit : public ::testing::TestWithParam<ShellStatusCase>
+{
+};
+
+TEST_P(ShellExit, HasTheStatusOfTheLastLineRun)
+{
+    EXPECT_EQ(GetParam().exitStatus,
+              cli({"--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, GetParam().input).exitStatus);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cli, ShellExit,
+                         ::testing::Values(ShellStatusCase{"", 0}, ShellStatusCase{"# nothing\n\n", 0},
+                                           ShellStatusCase{"bogus\n", 2}, ShellStatusCase{"caps\n", 5},
+                                           ShellStatusCase{"bogus\ncaps\n", 5},
+                                           ShellStatusCase{"caps\nbogus\n", 2},
+                                           ShellStatusCase{"caps\nquit\nbogus\n", 5},
+                                           ShellStatusCase{"caps\nhelp\n", 0},
+                                           ShellStatusCase{"connect\n", 3}));
+
+struct JsonShellCase
+{
+    const char* name;
+    std::string input;
+    std::string output;
+};
+
+class JsonShell : public ::testing::TestWithParam<JsonShellCase>
+{
+};
+
+// Every line of the shell is an object of the same shape, in valid UTF-8.
+TEST_P(JsonShell, PrintsObjectsWithACode)
+{
+    const ProgramOutput run =
+        cli({"--json", "--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, GetParam().input);
+    EXPECT_EQ(GetParam().output, run.standardOutput.substr(0, GetParam().output.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cli, JsonShell,
+    ::testing::Values(
+        JsonShellCase{"UsageError", "caps extra\n",
+                      "{\"command\":\"caps extra\",\"code\":2,\"result\":\"The following argument was not "
+                      "expected: extra\"}\n"},
+        JsonShellCase{
+            "InvalidUtf8", "connect /tmp/\xff\xfe\n",
+            "{\"command\":\"connect\",\"code\":1004,\"result\":\"Cannot connect to Audio KVO (Code "
+            "1004): {Connection has failed (Code 20002): Unable to connect to /tmp/\\ufffd\\ufffd "},
+        JsonShellCase{"LineTooLong", std::string(70000, 'x') + "\n",
+                      "{\"command\":\"shell\",\"code\":2,\"result\":\"line longer than 65536 bytes, "
+                      "skipped\"}\n"},
+        JsonShellCase{"Help", "help\n", "{\"command\":\"help\",\"code\":0,\"result\":\"Shell commands\\n"}),
+    [](const ::testing::TestParamInfo<JsonShellCase>& info) { return std::string(info.param.name); });
+
+struct JsonRun
+{
+    std::vector<std::string> arguments;
+    std::string input;
+};
+
+// Each run's standard output, read line by line by a strict JSON and UTF-8 reader.
+class JsonOutput : public ::testing::TestWithParam<JsonRun>
+{
+};
+
+TEST_P(JsonOutput, ParsesAsJson)
+{
+    SimulatorProcess simulator;
+    std::vector<std::string> arguments{"--json", "--socket", simulator.socketPath()};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const ProgramOutput run = cli(arguments, GetParam().input);
+    ASSERT_NE("", run.standardOutput);
+    const ProgramOutput parsed =
+        runProgram({"/usr/bin/python3", "-c",
+                    "import json, sys\n"
+                    "for line in sys.stdin.buffer.read().decode('utf-8').splitlines():\n"
+                    "    assert isinstance(json.loads(line)['code'], int), line\n"},
+                   run.standardOutput);
+    EXPECT_EQ(0, parsed.exitStatus) << run.standardOutput << parsed.standardError;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, JsonOutput,
+    ::testing::Values(JsonRun{{"caps"}, ""}, JsonRun{{"set-margin", "40"}, ""},
+                      JsonRun{{"set-margin", "18446744073709551615"}, ""}, JsonRun{{"get-margin"}, ""},
+                      JsonRun{{"timestamps", "--count", "2", "--interval-ms", "0"}, ""},
+                      JsonRun{{"timestamps", "--watch", "--count", "2", "--interval-ms", "0"}, ""},
+                      JsonRun{{"timestamps", "--csv"}, ""}, JsonRun{{"video-ts", "1", "2", "3", "4"}, ""},
+                      JsonRun{
+                          {"shell"},
+                          "connect\nconnect\nhelp\ncaps --help\nbogus\n\xff\ntimestamps --watch --count 1\n"
+                          "disconnect\nconnect /tmp/\xff\n"}));
+
+// On a terminal the shell reads with libedit: a prompt, and the session's
+// history (Ctrl-P brings back the line before).
+TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
+{
+#ifndef AKVO_LINE_EDITING
+    GTEST_SKIP() << "akvo-lipsync was built without libedit";
+#endif
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_LE(0, terminal);
+    ASSERT_EQ(0, grantpt(terminal));
+    ASSERT_EQ(0, unlockpt(terminal));
+    const int side = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_LE(0, side);
+    const pid_t pid = akvo::test::startProgram(
+        {AKVO_CLI_PATH, "--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, side, side, side);
+    close(side);
+    std::string screen;
+    // The screen so far, once `text` has appeared `times` times or after 5 s.
+    const auto until = [&](const std::string& text, size_t times) {
+        const auto count = [&] {
+            size_t seen = 0;
+            for (size_t at = screen.find(text); at != std::string::npos; at = screen.find(text, at + 1)) {
+                ++seen;
+            }
+            return seen;
+        };
+        char buffer[4096];
+        pollfd entry = {terminal, POLLIN, 0};
+        for (int step = 0; count() < times && step < 100 && poll(&entry, 1, 50) >= 0; ++step) {
+            const ssize_t got = (entry.revents & POLLIN) != 0 ? read(terminal, buffer, sizeof(buffer)) : 0;
+            screen.append(buffer, got > 0 ? static_cast<size_t>(got) : 0);
+        }
+        return count();
+    };
+    const std::string answer = "get-margin: Bad state (Code 1003): Not connected to the audio KVO";
+    EXPECT_EQ(1u, until("akvo> ", 1));
+    EXPECT_EQ(11, write(terminal, "get-margin\r", 11));
+    EXPECT_EQ(2u, until("akvo> ", 2));
+    EXPECT_EQ(2, write(terminal, "\x10\r", 2));
+    EXPECT_EQ(2u, until(answer, 2)) << screen;
+    EXPECT_EQ(3u, until("akvo> ", 3));
+    EXPECT_EQ(1, write(terminal, "\x04", 1));
+    const int status = akvo::test::reapWithin(pid, 5000);
+    close(terminal);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(5, WEXITSTATUS(status)) << screen;
 }
 
 } // namespace

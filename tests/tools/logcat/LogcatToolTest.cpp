@@ -141,6 +141,62 @@ TEST(Logcat, WarnsAboutMalformedDatagramsAndGoesOn)
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
 }
 
+struct ShownCase
+{
+    const char* name;
+    std::vector<std::string> options;
+    const char* shown;
+};
+
+class LogcatShows : public ::testing::TestWithParam<ShownCase>
+{
+};
+
+// Each case also shows END, sent last, so that its line tells that every
+// record before it was taken.
+TEST_P(LogcatShows, TheRecordsItsFiltersLetThroughInItsFormat)
+{
+    const std::string path = "/tmp/akvo-logcat-" + std::to_string(getpid()) + "-" + GetParam().name;
+    std::vector<std::string> options = GetParam().options;
+    options.push_back("END:F");
+    Logcat logcat(options, path);
+    ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
+    for (const std::string& payload : {"\x04"
+                                       "AKVO\0one\0"s,
+                                       "\x05"
+                                       "AKVO\0two\0"s,
+                                       "\x06"
+                                       "RILJ\0three\0"s,
+                                       "\x07"
+                                       "END\0end\0"s}) {
+        sendDatagram(path, datagram(0, payload));
+    }
+    EXPECT_EQ("akvo-logcat: listening on " + path + "\n" + GetParam().shown,
+              logcat.outputUntil(GetParam().shown[0] == '{' ? "end\"}\n" : "end\n"));
+    EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Filters, LogcatShows,
+    ::testing::Values(
+        ShownCase{"brief",
+                  {"-v", "brief"},
+                  "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+        ShownCase{
+            "tag", {"--format", "brief", "AKVO:W"}, "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+        ShownCase{
+            "silent", {"-v", "brief", "AKVO:I", "*:S"}, "I/AKVO(77): one\nW/AKVO(77): two\nF/END(77): end\n"},
+        ShownCase{
+            "json",
+            {"-v", "json", "RILJ:E", "*:S"},
+            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":6,"tag":"RILJ",)"
+            R"("message":"three"})"
+            "\n"
+            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":7,"tag":"END",)"
+            R"("message":"end"})"
+            "\n"}),
+    [](const ::testing::TestParamInfo<ShownCase>& info) { return std::string(info.param.name); });
+
 std::string tempPath(const std::string& name)
 {
     return "/tmp/akvo-logcat-" + std::to_string(getpid()) + "-" + name;
@@ -174,7 +230,11 @@ TEST_P(LogcatUsage, ExitsWithStatusTwo)
 // Each names a free path, so that a command line taken by mistake cannot bind a real one.
 INSTANTIATE_TEST_SUITE_P(Arguments, LogcatUsage,
                          ::testing::Values(UsageCase{{"--socket", tempPath("usage"), "--bogus"}, "--bogus"},
-                                           UsageCase{{"--socket", tempPath("usage"), "stray"}, "stray"},
+                                           UsageCase{{"--socket", tempPath("usage"), "stray:Q"}, "stray:Q"},
+                                           UsageCase{{"--socket", tempPath("usage"), "*:"}, "\"*:\""},
+                                           UsageCase{{"--socket", tempPath("usage"), "-v", "long"}, "long"},
+                                           UsageCase{{"--socket", tempPath("usage"), "--json", "-v", "brief"},
+                                                     "--json"},
                                            UsageCase{{"--json", "--socket"}, "--socket"}));
 
 TEST(LogcatUsage, HelpExitsWithZero)
