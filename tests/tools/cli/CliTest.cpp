@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 using akvo::test::ProgramOutput;
@@ -476,14 +478,24 @@ TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
         }
         return count();
     };
+    // Keys typed before libedit has put the terminal in raw mode would be
+    // echoed and read by the line discipline instead.
+    const auto type = [&](const char* keys) {
+        termios mode{};
+        for (int step = 0; step < 100 && tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ICANON) != 0;
+             ++step) {
+            usleep(50 * 1000);
+        }
+        return write(terminal, keys, std::strlen(keys));
+    };
     const std::string answer = "get-margin: Bad state (Code 1003): Not connected to the audio KVO";
     EXPECT_EQ(1u, until("akvo> ", 1));
-    EXPECT_EQ(11, write(terminal, "get-margin\r", 11));
+    EXPECT_EQ(11, type("get-margin\r"));
     EXPECT_EQ(2u, until("akvo> ", 2));
-    EXPECT_EQ(2, write(terminal, "\x10\r", 2));
+    EXPECT_EQ(2, type("\x10\r"));
     EXPECT_EQ(2u, until(answer, 2)) << screen;
     EXPECT_EQ(3u, until("akvo> ", 3));
-    EXPECT_EQ(1, write(terminal, "\x04", 1));
+    EXPECT_EQ(1, type("\x04"));
     const int status = akvo::test::reapWithin(pid, 5000);
     close(terminal);
     EXPECT_TRUE(WIFEXITED(status));
