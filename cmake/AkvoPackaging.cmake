@@ -8,6 +8,14 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Client library for the audio engine's lip
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_COMPONENTS_ALL runtime development tools)
+# The Java binding, where a JDK built it.
+if(TARGET akvolipsyncapi_jni)
+  list(APPEND CPACK_COMPONENTS_ALL java)
+  set(CPACK_COMPONENT_JAVA_DESCRIPTION "The Java binding: its jar and JNI library")
+  set(CPACK_COMPONENT_JAVA_DEPENDS runtime)
+  set(CPACK_DEBIAN_JAVA_PACKAGE_NAME libakvolipsyncapi-java)
+  set(CPACK_DEBIAN_JAVA_PACKAGE_SECTION java)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
 

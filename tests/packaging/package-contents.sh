@@ -57,8 +57,16 @@ done
 check_package "libakvolipsyncapi$major" "$runtime" ""
 check_package libakvolipsyncapi-dev "$development" "libakvolipsyncapi$major (= $version)"
 check_package akvolipsyncapi-tools "$tools" "libakvolipsyncapi$major (= $version)"
+components="runtime development tools"
+# The Java binding is packaged where a JDK built it.
+if grep -q '^akvolipsyncapi_jni' <(cd "$build" && cmake --build . --target help 2>/dev/null | sed 's/^\.\.\. //'); then
+  java="lib/libakvolipsyncapi_jni.so
+share/java/akvolipsyncapi.jar"
+  check_package libakvolipsyncapi-java "$java" "libakvolipsyncapi$major (= $version)"
+  components="$components java"
+fi
 
-for component in runtime development tools; do
+for component in $components; do
   tgz=$(find "$work" -maxdepth 1 -name "akvolipsyncapi-$version-*-$component.tar.gz")
   [ -n "$tgz" ] || { fail "no .tar.gz for $component"; continue; }
   expected=${!component}
