@@ -1,6 +1,10 @@
 # Each layer is an object library (compiled once, position independent) and
 # a static library over the same objects. The public library is made of the
 # objects of every layer; tests and tools link the static layers directly.
+#
+# A layer's headers are sorted by who may see them: include/ is what
+# applications get (installed as it stands), internal/ is for the layers
+# above it, the tests and the benchmarks, and src/ is the layer's own.
 set_property(GLOBAL PROPERTY AKVO_LAYERS "")
 
 function(akvo_layer name)
@@ -10,8 +14,14 @@ function(akvo_layer name)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_include_directories(akvo_${name}_objects PUBLIC
-    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
+  foreach(dir include internal)
+    if(IS_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/${dir})
+      target_include_directories(akvo_${name}_objects PUBLIC
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${dir}>)
+    endif()
+  endforeach()
+  target_include_directories(akvo_${name}_objects PRIVATE src)
+  akvo_install_public_headers()
   target_link_libraries(akvo_${name}_objects PUBLIC ${ARG_DEPENDS})
   add_library(akvo_${name} STATIC $<TARGET_OBJECTS:akvo_${name}_objects>)
   target_link_libraries(akvo_${name} PUBLIC akvo_${name}_objects)
@@ -23,6 +33,14 @@ function(akvo_layer name)
     endif()
   endforeach()
   set_property(GLOBAL APPEND PROPERTY AKVO_LAYERS ${name})
+endfunction()
+
+# Installs the current folder's include/, the headers applications may use,
+# with their namespace-shaped paths.
+function(akvo_install_public_headers)
+  if(IS_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  endif()
 endfunction()
 
 # The log writer is built once for the library with the configured socket
@@ -38,16 +56,6 @@ function(akvo_log_writer target path)
   target_compile_definitions(${target}_objects PRIVATE AKVO_LOGDW_PATH="${path}")
   add_library(${target} STATIC $<TARGET_OBJECTS:${target}_objects>)
   target_link_libraries(${target} PUBLIC ${target}_objects)
-endfunction()
-
-# Headers that applications may include; installed under include/ with their
-# namespace-shaped paths.
-function(akvo_public_headers)
-  foreach(header ${ARGN})
-    get_filename_component(dir ${header} DIRECTORY)
-    string(REGEX REPLACE "^include/?" "" dir "${dir}")
-    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${dir} COMPONENT development)
-  endforeach()
 endfunction()
 
 # Adds every direct subfolder that holds a CMakeLists.txt, so that a new tool

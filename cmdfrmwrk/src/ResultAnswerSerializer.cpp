@@ -1,6 +1,6 @@
 #include "velmo/kvo/cmdfrmwrk/ResultAnswerSerializer.h"
 
-#include "velmo/kvo/cmdfrmwrk/ResultTrait.h"
+#include "ResultTrait.h"
 #include "velmo/utilities/xmlserializer/ChildAccess.h"
 
 namespace velmo {
