@@ -34,7 +34,7 @@ private:
 class RoundTripMeter
 {
 public:
-    typedef std::chrono::steady_clock Clock;
+    using Clock = std::chrono::steady_clock;
 
     explicit RoundTripMeter(benchmark::State& state);
 

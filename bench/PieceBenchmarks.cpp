@@ -48,9 +48,7 @@ struct DiscardLogTrait
 
 struct DiscardingLogger
 {
-    typedef velmo::utilities::GenericLog<
-        velmo::utilities::TypeList<DiscardLogTrait, velmo::utilities::detail::TypeNull>>
-        Log;
+    using Log = velmo::utilities::GenericLog<velmo::utilities::TypeListOf<DiscardLogTrait>>;
     static constexpr const char* tag = apiLogTag;
 };
 

@@ -25,8 +25,8 @@ struct ProtocolLink : comms::TextProtocol
 
 comms::Link* ServiceLink::of(const Service& service)
 {
-    if (service._connected != 1 || service._commandClient == NULL) {
-        return NULL;
+    if (service._connected != 1 || service._commandClient == nullptr) {
+        return nullptr;
     }
     cmdfrmwrk::Peer& peer = *service._commandClient;
     return (peer.*PeerProtocol::member).*ProtocolLink::member;

@@ -16,7 +16,7 @@ namespace lipsyncapi {
 class Turn
 {
 public:
-    typedef std::chrono::steady_clock Clock;
+    using Clock = std::chrono::steady_clock;
 
     void take()
     {

@@ -18,7 +18,7 @@ namespace lipsyncapi {
 class Watchdog
 {
 public:
-    typedef std::chrono::steady_clock Clock;
+    using Clock = std::chrono::steady_clock;
 
     Watchdog() = default;
     ~Watchdog();

@@ -44,7 +44,7 @@ public:
     struct ResultTrait
     {
         /// The family's codes.
-        typedef Client::ResultCode ResultCode;
+        using ResultCode = Client::ResultCode;
         /// The code that ClientResult::isSuccess() tests for.
         static constexpr ResultCode successCode = Success;
         /// The fixed text of @p code; "Invalid error (Unreachable)" for a value outside ResultCode.
@@ -52,7 +52,7 @@ public:
     };
 
     /// What the connecting functions return.
-    typedef velmo::utilities::result::Result<ResultTrait> ClientResult;
+    using ClientResult = velmo::utilities::result::Result<ResultTrait>;
 
     /**
      * Connects to the Unix stream socket at @p path.

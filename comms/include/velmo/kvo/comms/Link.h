@@ -60,7 +60,7 @@ public:
     struct ResultTrait
     {
         /// The family's codes.
-        typedef Link::ResultCode ResultCode;
+        using ResultCode = Link::ResultCode;
         /// The code that LinkResult::isSuccess() tests for.
         static constexpr ResultCode successCode = Success;
         /// The fixed text of @p code; "Invalid error (Unreachable)" for a value outside ResultCode.
@@ -68,7 +68,7 @@ public:
     };
 
     /// What read() and write() return.
-    typedef velmo::utilities::result::Result<ResultTrait> LinkResult;
+    using LinkResult = velmo::utilities::result::Result<ResultTrait>;
 
     /**
      * Takes ownership of @p fdLinkSocket, a connected stream socket in

@@ -51,7 +51,7 @@ public:
     struct ResultTrait
     {
         /// The family's codes.
-        typedef typename Protocol::ResultCode ResultCode;
+        using ResultCode = typename Protocol::ResultCode;
         /// The code that ProtocolResult::isSuccess() tests for.
         static constexpr ResultCode successCode = Success;
         /// The fixed text of @p code; "Invalid error (Unreachable)" for a value outside ResultCode.
@@ -78,7 +78,7 @@ public:
     };
 
     /// What send() and receive() return.
-    typedef velmo::utilities::result::Result<ResultTrait> ProtocolResult;
+    using ProtocolResult = velmo::utilities::result::Result<ResultTrait>;
 
     /// Takes ownership of @p link.
     explicit Protocol(Link* link) : _link(link) {}
@@ -86,7 +86,7 @@ public:
     /// Deletes the Link, which closes the socket.
     virtual ~Protocol()
     {
-        if (_link != NULL) {
+        if (_link != nullptr) {
             delete _link;
         }
     }

@@ -92,7 +92,7 @@ public:
     struct ResultTrait
     {
         /// The family's codes.
-        typedef Service::ResultCode ResultCode;
+        using ResultCode = Service::ResultCode;
         /// The code that ServiceResult::isSuccess() tests for.
         static constexpr ResultCode successCode = Success;
         /**
@@ -107,7 +107,7 @@ public:
      * it, with the failures of the layers below nested. See
      * velmo::utilities::result::Result for reading it.
      */
-    typedef velmo::utilities::result::Result<ResultTrait> ServiceResult;
+    using ServiceResult = velmo::utilities::result::Result<ResultTrait>;
 
     /**
      * "/dev/socket/akvo_lipsync", where the engine listens on a device. It is

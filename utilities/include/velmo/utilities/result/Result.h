@@ -56,7 +56,7 @@ class Result
 {
 public:
     /// The family's code type.
-    typedef typename Trait::ResultCode ResultCode;
+    using ResultCode = typename Trait::ResultCode;
 
     /**
      * A result with @p errorCode and no text; a success when @p errorCode is
@@ -315,7 +315,7 @@ public:
 struct VELMO_EXPORT ErrnoTrait
 {
     /// An errno value.
-    typedef int ResultCode;
+    using ResultCode = int;
     /// No error.
     static constexpr ResultCode successCode = 0;
     /// "Success" for 0, else strerror(@p code).
