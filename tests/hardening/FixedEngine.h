@@ -7,9 +7,6 @@
 #include <cstring>
 #include <string>
 
-// Present only when AddressSanitizer is linked in.
-extern "C" void __lsan_do_leak_check() __attribute__((weak));
-
 namespace akvo {
 namespace test {
 

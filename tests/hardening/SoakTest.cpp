@@ -1,3 +1,4 @@
+#include "ChildProcess.h"
 #include "FdCount.h"
 #include "FixedEngine.h"
 #include "Simulator.h"

@@ -1,3 +1,4 @@
+#include "ChildProcess.h"
 #include "LogReceiver.h"
 #include "ProgramRun.h"
 #include "velmo/kvo/log/AndroidLog.h"
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -20,10 +22,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// The writer reads its environment at load time and keeps its socket for the
-// life of the process, so each of these cases is a disabled test of this
-// binary that runs in a process of its own.
-void expectPassesInFreshProcess(const std::string& test, const char* limit = nullptr)
+// The writer reads the throughput limit when it is loaded, so a case that
+// needs another limit is a disabled test of this binary that runs in a new
+// process of its own.
+void expectPassesWhenLoadedWith(const std::string& test, const char* limit)
 {
     if (limit != nullptr) {
         setenv("LIBLOG_THROUGHPUT_LIMIT", limit, 1);
@@ -50,7 +52,7 @@ void expectReceived(LogReceiver& receiver, const std::string& message)
     EXPECT_EQ(message, record->message);
 }
 
-TEST(InFreshProcess, DISABLED_RetriesTheConnectUntilTheDaemonIsThere)
+void retriesTheConnectUntilTheDaemonIsThere()
 {
     unlink(socketPath);
     EXPECT_EQ(-ENOENT, writeText("1"));
@@ -61,7 +63,7 @@ TEST(InFreshProcess, DISABLED_RetriesTheConnectUntilTheDaemonIsThere)
 
 // Linux reports a vanished peer once, as ECONNREFUSED, and only the records
 // after that find the socket not connected and reconnect.
-TEST(InFreshProcess, DISABLED_ReconnectsWhenTheDaemonComesBack)
+void reconnectsWhenTheDaemonComesBack()
 {
     std::optional<LogReceiver> receiver(std::in_place, socketPath);
     EXPECT_EQ(5, writeText("1"));
@@ -75,7 +77,7 @@ TEST(InFreshProcess, DISABLED_ReconnectsWhenTheDaemonComesBack)
 
 // The resend after a reconnect carries every buffer of the record, even those
 // that the payload limit left out of the first send.
-TEST(InFreshProcess, DISABLED_ResendsEveryBufferAfterReconnecting)
+void resendsEveryBufferAfterReconnecting()
 {
     const std::string longTag(5000, 't');
     std::optional<LogReceiver> receiver(std::in_place, socketPath);
@@ -90,7 +92,7 @@ TEST(InFreshProcess, DISABLED_ResendsEveryBufferAfterReconnecting)
               std::string(datagram->begin() + 11, datagram->end()));
 }
 
-TEST(InFreshProcess, DISABLED_StopsForGoodWhenTheReconnectFails)
+void stopsForGoodWhenTheReconnectFails()
 {
     std::optional<LogReceiver> receiver(std::in_place, socketPath);
     EXPECT_EQ(5, writeText("1"));
@@ -102,7 +104,7 @@ TEST(InFreshProcess, DISABLED_StopsForGoodWhenTheReconnectFails)
     EXPECT_FALSE(receiver->nextDatagram(100ms));
 }
 
-TEST(InFreshProcess, DISABLED_LogsNothingMoreWhenNoSocketCanBeCreated)
+void logsNothingMoreWhenNoSocketCanBeCreated()
 {
     rlimit saved;
     ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &saved));
@@ -117,7 +119,7 @@ TEST(InFreshProcess, DISABLED_LogsNothingMoreWhenNoSocketCanBeCreated)
 }
 
 // Root's user id 0 is read again on every record; the daemon's is kept.
-TEST(InFreshProcess, DISABLED_DropsTheRecordsOfTheLogDaemonUser)
+void dropsTheRecordsOfTheLogDaemonUser()
 {
     LogReceiver receiver(socketPath);
     EXPECT_EQ(5, writeText("1"));
@@ -129,7 +131,7 @@ TEST(InFreshProcess, DISABLED_DropsTheRecordsOfTheLogDaemonUser)
     EXPECT_FALSE(receiver.nextDatagram(100ms));
 }
 
-TEST(InFreshProcess, DISABLED_DeviceAvailabilityIsDecidedOnce)
+void deviceAvailabilityIsDecidedOnce()
 {
     unlink(socketPath);
     EXPECT_EQ(0, __android_log_dev_available());
@@ -137,21 +139,38 @@ TEST(InFreshProcess, DISABLED_DeviceAvailabilityIsDecidedOnce)
     EXPECT_EQ(0, __android_log_dev_available());
 }
 
-class WriterLifecycle : public ::testing::TestWithParam<const char*>
+struct LifecycleCase
+{
+    const char* name;
+    void (*run)();
+};
+
+void PrintTo(const LifecycleCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class WriterLifecycle : public ::testing::TestWithParam<LifecycleCase>
 {
 };
 
+// The writer keeps the socket it first connected for the life of the
+// process; the parent never writes, so each child starts with none.
 TEST_P(WriterLifecycle, HoldsInAFreshProcess)
 {
-    expectPassesInFreshProcess(std::string("InFreshProcess.DISABLED_") + GetParam());
+    akvo::test::expectPassesInChild(GetParam().run);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Scenarios, WriterLifecycle,
-    ::testing::Values("RetriesTheConnectUntilTheDaemonIsThere", "ReconnectsWhenTheDaemonComesBack",
-                      "ResendsEveryBufferAfterReconnecting", "StopsForGoodWhenTheReconnectFails",
-                      "LogsNothingMoreWhenNoSocketCanBeCreated", "DeviceAvailabilityIsDecidedOnce"),
-    [](const ::testing::TestParamInfo<const char*>& info) { return info.param; });
+    ::testing::Values(
+        LifecycleCase{"RetriesTheConnectUntilTheDaemonIsThere", retriesTheConnectUntilTheDaemonIsThere},
+        LifecycleCase{"ReconnectsWhenTheDaemonComesBack", reconnectsWhenTheDaemonComesBack},
+        LifecycleCase{"ResendsEveryBufferAfterReconnecting", resendsEveryBufferAfterReconnecting},
+        LifecycleCase{"StopsForGoodWhenTheReconnectFails", stopsForGoodWhenTheReconnectFails},
+        LifecycleCase{"LogsNothingMoreWhenNoSocketCanBeCreated", logsNothingMoreWhenNoSocketCanBeCreated},
+        LifecycleCase{"DeviceAvailabilityIsDecidedOnce", deviceAvailabilityIsDecidedOnce}),
+    [](const ::testing::TestParamInfo<LifecycleCase>& info) { return std::string(info.param.name); });
 
 struct LimitCase
 {
@@ -206,7 +225,7 @@ TEST(WriterLifecycle, DropsTheRecordsOfTheLogDaemonUser)
     if (geteuid() != 0) {
         GTEST_SKIP() << "switching to the log daemon's user id needs root";
     }
-    expectPassesInFreshProcess("InFreshProcess.DISABLED_DropsTheRecordsOfTheLogDaemonUser");
+    akvo::test::expectPassesInChild(dropsTheRecordsOfTheLogDaemonUser);
 }
 
 class ThroughputLimit : public ::testing::TestWithParam<size_t>
@@ -216,7 +235,7 @@ class ThroughputLimit : public ::testing::TestWithParam<size_t>
 TEST_P(ThroughputLimit, IsReadFromTheEnvironmentAtLoadTime)
 {
     setenv("AKVO_LIMIT_CASE", std::to_string(GetParam()).c_str(), 1);
-    expectPassesInFreshProcess("ThroughputInFreshProcess.DISABLED_FollowsItsEnvironment",
+    expectPassesWhenLoadedWith("ThroughputInFreshProcess.DISABLED_FollowsItsEnvironment",
                                limitCases[GetParam()].value);
 }
 
