@@ -11,6 +11,7 @@
 
 #include "AllocationCounter.h"
 #include "Frames.h"
+#include "UnixSocket.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <cstdio>
@@ -18,7 +19,6 @@
 #include <cstring>
 #include <string>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -37,11 +37,8 @@ int usage()
 bool rawCalls(const std::string& server, const char* request, size_t requestSize, size_t answerSize,
               long calls)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, server.c_str(), sizeof(address.sun_path) - 1);
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    const int fd = akvo::test::connectedUnixSocket(server);
+    if (fd < 0) {
         return false;
     }
     char buffer[512];

@@ -4,6 +4,7 @@
 // server's own cost is as small as the socket's. One connection at a time.
 
 #include "Frames.h"
+#include "UnixSocket.h"
 
 #include <cerrno>
 #include <csignal>
@@ -99,17 +100,13 @@ void serve(int fd)
 
 int listenOn(const std::string& path)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
+    if (path.size() >= sizeof(sockaddr_un::sun_path)) {
         std::fprintf(stderr, "akvo-bench-server: socket path too long: %s\n", path.c_str());
         return -1;
     }
-    std::memcpy(address.sun_path, path.c_str(), path.size());
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     unlink(path.c_str());
-    if (fd < 0 || bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
-        listen(fd, 8) != 0) {
+    const int fd = akvo::test::boundUnixSocket(SOCK_STREAM, path);
+    if (fd < 0 || listen(fd, 8) != 0) {
         std::fprintf(stderr, "akvo-bench-server: cannot listen on %s: %s\n", path.c_str(),
                      std::strerror(errno));
         return -1;

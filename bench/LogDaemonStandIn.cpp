@@ -1,11 +1,12 @@
 #include "LogDaemonStandIn.h"
 
+#include "UnixSocket.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace akvo {
@@ -27,18 +28,13 @@ bool LogDaemonStandIn::wasStarted()
     return started;
 }
 
-LogDaemonStandIn::LogDaemonStandIn(const std::string& path)
-    : _path(path), _fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)), _received(0)
+LogDaemonStandIn::LogDaemonStandIn(const std::string& path) : _path(path), _fd(-1), _received(0)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
     unlink(path.c_str());
-    if (_fd >= 0 && bind(_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    _fd = akvo::test::boundUnixSocket(SOCK_DGRAM, path);
+    if (_fd < 0) {
         std::fprintf(stderr, "akvo-bench: cannot bind the log receiver at %s: %s\n", path.c_str(),
                      std::strerror(errno));
-        close(_fd);
-        _fd = -1;
     }
     if (_fd >= 0) {
         _drainer = std::thread(&LogDaemonStandIn::drain, this);

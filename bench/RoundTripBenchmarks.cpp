@@ -7,6 +7,7 @@
 #include "LogDaemonStandIn.h"
 #include "Meters.h"
 #include "StdErrToDevNull.h"
+#include "UnixSocket.h"
 
 #include "velmo/kvo/comms/TextProtocol.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
@@ -19,7 +20,6 @@
 #include <cstring>
 #include <string>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace akvo {
@@ -46,19 +46,6 @@ std::string libraryFrame(const Request& request)
     return xml + velmo::kvo::comms::TextProtocol::endMessageMarker;
 }
 
-int connectTo(const std::string& path)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd >= 0 && connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        close(fd);
-        return -1;
-    }
-    return fd;
-}
-
 // Reads like the text protocol does, 511 bytes at a time, until the marker;
 // returns the frame's size, or 0 if the link failed.
 size_t readFrame(int fd)
@@ -81,7 +68,7 @@ size_t readFrame(int fd)
 
 void rawRoundTrip(benchmark::State& state, const Exchange& exchange, const std::string& serverSocket)
 {
-    const int fd = connectTo(serverSocket);
+    const int fd = akvo::test::connectedUnixSocket(serverSocket);
     if (fd < 0) {
         state.SkipWithError("cannot connect to the benchmark server");
         return;

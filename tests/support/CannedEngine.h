@@ -1,6 +1,8 @@
 #ifndef AKVO_TESTS_SUPPORT_CANNEDENGINE_H
 #define AKVO_TESTS_SUPPORT_CANNEDENGINE_H
 
+#include "UnixSocket.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -8,7 +10,6 @@
 #include <filesystem>
 #include <string>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -27,12 +28,8 @@ public:
         char folder[] = "/tmp/akvo-canned-XXXXXX";
         _folder = mkdtemp(folder);
         _socketPath = _folder + "/engine";
-        _listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, _socketPath.c_str(), sizeof(address.sun_path) - 1);
-        if (bind(_listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
-            listen(_listener, 1) != 0) {
+        _listener = boundUnixSocket(SOCK_STREAM, _socketPath);
+        if (_listener < 0 || listen(_listener, 1) != 0) {
             ADD_FAILURE() << "cannot listen at " << _socketPath << ": " << std::strerror(errno);
         }
         _server = std::thread([this] { serve(); });

@@ -2,6 +2,7 @@
 #define AKVO_TESTS_SUPPORT_LOGRECEIVER_H
 
 #include "RecordDecoder.h"
+#include "UnixSocket.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,6 @@
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,14 +26,12 @@ using velmo::kvo::logcat::LogRecord;
 class LogReceiver
 {
 public:
-    explicit LogReceiver(const std::string& path)
-        : _path(path), _fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    explicit LogReceiver(const std::string& path) : _path(path)
     {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+        // What an earlier, interrupted run left there would make the bind fail.
         unlink(path.c_str());
-        if (bind(_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        _fd = boundUnixSocket(SOCK_DGRAM, path);
+        if (_fd < 0) {
             ADD_FAILURE() << "cannot bind a log receiver at " << path << ": " << std::strerror(errno);
         }
     }

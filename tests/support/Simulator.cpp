@@ -1,15 +1,14 @@
 #include "Simulator.h"
 
 #include "ProgramRun.h"
+#include "UnixSocket.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace akvo {
@@ -63,13 +62,7 @@ std::string SimulatorProcess::errorOutput() const
     return fileText(_errorFd);
 }
 
-RawClient::RawClient(const std::string& socketPath) : _fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
-    connect(_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-}
+RawClient::RawClient(const std::string& socketPath) : _fd(connectedUnixSocket(socketPath)) {}
 
 bool RawClient::write(const std::string& bytes)
 {
