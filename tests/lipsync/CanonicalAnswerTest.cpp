@@ -82,8 +82,9 @@ TEST(CanonicalAnswer, BoundaryValuesReadAsTheGeneralPathReadsThem)
     }
 }
 
-// The shapes around the values: reordered children, extra white space or
-// children, other versions or roots, trailing bytes. All are declined.
+// Layouts more than one byte away from the canonical one (the sweep below
+// covers the rest): reordered or extra children, another declaration, a
+// second root. All are declined.
 TEST(CanonicalAnswer, AnyOtherLayoutIsDeclined)
 {
     const std::string result = resultElement("1000", "<Message/>");
@@ -94,14 +95,10 @@ TEST(CanonicalAnswer, AnyOtherLayoutIsDeclined)
     const std::string canonical = getAnswer("1000", "<Message/>", {"1", "2", "3", "4"});
     const std::string others[] = {
         head + "<GetAudioTs_Answer>" + timestamps + result + "</GetAudioTs_Answer></AKVO>",
-        head + "<GetAudioTs_Answer> " + result + timestamps + "</GetAudioTs_Answer></AKVO>",
         head + "<GetAudioTs_Answer>" + result + timestamps + "<Extra/></GetAudioTs_Answer></AKVO>",
-        canonical + "\n",
         canonical + "<AKVO version=\"0.1.0\"/>",
-        std::string(canonical).replace(canonical.find("0.1.0"), 5, "0.1.1"),
         std::string(canonical).replace(0, 21, "<?xml version='1.0'?>"),
         canonical.substr(head.find("<AKVO")),
-        std::string(canonical).insert(canonical.size() - 7, "\0", 1),
     };
     for (const std::string& xml : others) {
         const CanonicalRead read = readBothWays<GetAudioTs::Answer>(xml);

@@ -100,11 +100,4 @@ INSTANTIATE_TEST_SUITE_P(
                          [](Service& s) { return s.setVideoTimestamps(untouchedTimestamps); }}),
     [](const ::testing::TestParamInfo<DisconnectedCall>& info) { return std::string(info.param.name); });
 
-TEST(ServiceState, DefaultSocketNameAndCapabilityConstants)
-{
-    EXPECT_EQ("/dev/socket/akvo_lipsync", Service::defaultLipsyncSocketName);
-    EXPECT_EQ(100u, Service::capabilityMaxAudioDelayMargin);
-    EXPECT_EQ(20u, Service::capabilityGranularityMs);
-}
-
 } // namespace
