@@ -28,8 +28,8 @@ using velmo::utilities::serializer::TextTrait;
 using velmo::utilities::xmlserializer::XmlResult;
 using velmo::utilities::xmlserializer::XmlTraitSerializer;
 
-typedef XmlTraitSerializer<TextTrait<unsigned long long, Convertor<unsigned long long>>> UnsignedText;
-typedef XmlTraitSerializer<TextTrait<Command::ResultCode, CastConvertor<Command::ResultCode, int>>> CodeText;
+using UnsignedText = XmlTraitSerializer<TextTrait<unsigned long long, Convertor<unsigned long long>>>;
+using CodeText = XmlTraitSerializer<TextTrait<Command::ResultCode, CastConvertor<Command::ResultCode, int>>>;
 
 // "0x" and hexadecimal digits, or decimal digits after a minus sign where `minus` allows one.
 bool isPlain(const std::string& text, bool hex, bool minus)

@@ -14,7 +14,7 @@ using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsync::SetAudioDelay;
 
-typedef std::array<unsigned long long, 4> Timestamps;
+using Timestamps = std::array<unsigned long long, 4>;
 
 const std::string head = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\">";
 const std::string goodTimestamps =

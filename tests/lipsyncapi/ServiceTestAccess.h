@@ -14,7 +14,7 @@ struct ServiceTestAccess
     static void markConnectedWithoutClient(Service& service)
     {
         service._connected = 1;
-        service._commandClient = NULL;
+        service._commandClient = nullptr;
     }
 };
 

@@ -38,9 +38,9 @@ struct Family
     static const char* toString(ResultCode code) { return textOf(code); }
 };
 
-typedef Result<Family<1000>> ServiceResult;
-typedef Result<Family<5900>> PeerResult;
-typedef Result<Family<40000>> ProtocolResult;
+using ServiceResult = Result<Family<1000>>;
+using PeerResult = Result<Family<5900>>;
+using ProtocolResult = Result<Family<40000>>;
 
 template <class R>
 R make(int32_t code)
@@ -135,7 +135,7 @@ TEST(ResultStreaming, AChainAsAStatementLeavesOnlyItsFirstValue)
 TEST(ResultSuccess, IsOneSharedObjectAcrossThreads)
 {
     // A family of its own, so that the threads race for its first use.
-    typedef Result<Family<7>> RacedResult;
+    using RacedResult = Result<Family<7>>;
     std::vector<const RacedResult*> seen(8);
     std::vector<std::thread> threads;
     for (auto& slot : seen) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-using velmo::utilities::TypeList;
+using velmo::utilities::TypeListOf;
 using velmo::utilities::xmlserializer::ConversionFailed;
 using velmo::utilities::xmlserializer::XmlResult;
 using velmo::utilities::xmlserializer::XmlSerializer;
@@ -21,19 +21,19 @@ struct Refused
 // No real request can fail to write its payload, so this one is made to.
 struct RefusedTrait
 {
-    typedef Refused Record;
+    using Record = Refused;
     static constexpr const char* tag = "Refused";
 
     static XmlResult writePayload(const Refused&, TiXmlNode*& payload)
     {
-        payload = NULL;
+        payload = nullptr;
         return XmlResult(ConversionFailed) << "Unable to convert \"payload\" to string.";
     }
 };
 
 TEST(EnvelopeWriter, PayloadFailureLeavesNoOutput)
 {
-    const XmlSerializer<TypeList<RefusedTrait, velmo::utilities::detail::TypeNull>> serializer("ROOT", "2.7");
+    const XmlSerializer<TypeListOf<RefusedTrait>> serializer("ROOT", "2.7");
     std::string xml = "previous";
     EXPECT_EQ("Conversion failed (Code 71): Unable to convert \"payload\" to string. (While serializing "
               "\"Refused\")",

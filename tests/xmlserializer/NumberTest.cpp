@@ -20,8 +20,8 @@ enum Code : int
     Known = 1000
 };
 
-typedef XmlTraitSerializer<TextTrait<unsigned long long, Convertor<unsigned long long>>> UnsignedText;
-typedef XmlTraitSerializer<TextTrait<Code, CastConvertor<Code, int>>> CodeText;
+using UnsignedText = XmlTraitSerializer<TextTrait<unsigned long long, Convertor<unsigned long long>>>;
+using CodeText = XmlTraitSerializer<TextTrait<Code, CastConvertor<Code, int>>>;
 
 std::string expected(const char* text, bool ok)
 {
@@ -84,7 +84,7 @@ TEST(Number, OnlyATextNodeCarriesANumber)
     EXPECT_EQ("Unexpected node type (Code 70): Expected an xml text node",
               UnsignedText::fromXml(&comment, value).format());
     EXPECT_EQ("Unexpected node type (Code 70): Expected an xml text node",
-              UnsignedText::fromXml(NULL, value).format());
+              UnsignedText::fromXml(nullptr, value).format());
 }
 
 } // namespace
