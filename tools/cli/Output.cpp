@@ -59,7 +59,7 @@ void Output::report(const std::string& command, int code, const std::string& mes
 void Output::printJson(const std::string& command, long long code, const std::string& result,
                        const std::vector<Field>& fields) const
 {
-    json::JsonObject object;
+    tools::JsonObject object;
     object.text("command", command).number("code", code).text("result", result);
     for (const Field& field : fields) {
         switch (field.kind) {

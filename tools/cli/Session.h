@@ -1,6 +1,7 @@
 #ifndef VELMO_KVO_CLI_SESSION_H
 #define VELMO_KVO_CLI_SESSION_H
 
+#include "ExitStatus.h"
 #include "Output.h"
 
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -16,7 +17,7 @@ enum ExitStatus
 {
     ExitSuccess = 0,
     ExitOtherFailure = 1,
-    ExitUsage = 2,
+    ExitUsage = tools::usageError,
     ExitCannotConnect = 3,
     ExitInvalidParam = 4,
     ExitBadState = 5,

@@ -1,9 +1,8 @@
 // akvo-lipsync: talks to the audio engine's lip-sync service through the
 // library, for people and scripts working without the media application.
 
+#include "CommandLine.h"
 #include "Commands.h"
-
-#include <iostream>
 
 int main(int argc, char** argv)
 {
@@ -29,13 +28,8 @@ int main(int argc, char** argv)
                                 "(the commands above plus connect [PATH], disconnect, help and quit), "
                                 "with a prompt, line editing and history on a terminal")
         ->footer(shellExitStatus);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& success) {
-        return app.exit(success);
-    } catch (const CLI::ParseError& error) {
-        app.exit(error);
-        return ExitUsage;
+    if (const std::optional<int> status = velmo::kvo::tools::parseCommandLine(app, argc, argv)) {
+        return *status;
     }
 
     const Output output(json);

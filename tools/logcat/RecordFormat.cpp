@@ -94,7 +94,7 @@ std::string formatBriefLine(const LogRecord& record)
 
 std::string formatJsonLine(const LogRecord& record)
 {
-    json::JsonObject object;
+    tools::JsonObject object;
     object.number("id", record.logId)
         .number("tid", record.threadId)
         .number("sec", record.seconds)

@@ -1,24 +1,23 @@
 // akvo-logcat: stands in for the log daemon on a machine without one. Binds
 // the log socket and prints every record the log writer sends, one per line.
 
+#include "CommandLine.h"
 #include "LogListener.h"
 #include "PriorityFilter.h"
 #include "RecordDecoder.h"
 #include "RecordFormat.h"
 #include "StopSignals.h"
 
-#include <CLI/CLI.hpp>
-
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 using namespace velmo::kvo::logcat;
+namespace tools = velmo::kvo::tools;
 
 namespace {
-
-constexpr int usageError = 2;
 
 void printRecord(const std::vector<uint8_t>& datagram, const PriorityFilter& filter, LineFormat format)
 {
@@ -44,7 +43,7 @@ int main(int argc, char** argv)
     bool json = false;
     LineFormat format = LineFormat::Time;
     std::vector<std::string> specs;
-    CLI::App app{"Prints the records that the log writer sends to its datagram socket."};
+    CLI::App app{"Prints the records that the log writer sends to its datagram socket.", "akvo-logcat"};
     app.add_option("--socket", path, "Socket path to bind")->capture_default_str();
     CLI::Option* formatOption =
         app.add_option("-v,--format", format,
@@ -61,21 +60,14 @@ int main(int argc, char** argv)
                    "does so for the other tags, e.g. AKVOLIPSYNCAPI:I *:S. Events are of priority I under "
                    "their tag number");
     app.set_version_flag("--version", std::string("akvo-logcat ") + AKVO_VERSION);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& success) {
-        return app.exit(success);
-    } catch (const CLI::ParseError& error) {
-        // CLI11's own statuses (105, 109, ...) say nothing a script can rely on.
-        app.exit(error);
-        return usageError;
+    if (const std::optional<int> status = tools::parseCommandLine(app, argc, argv)) {
+        return *status;
     }
     PriorityFilter filter;
     std::string error;
     for (const std::string& spec : specs) {
         if (!filter.add(spec, error)) {
-            std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
-            return usageError;
+            return tools::reportUsageError(app, error);
         }
     }
     if (json) {
@@ -84,10 +76,10 @@ int main(int argc, char** argv)
 
     const StopSignals signals;
     LogListener listener(signals);
-    const LogListener::BindOutcome bound = listener.bind(path, error);
-    if (bound != LogListener::BindOutcome::Bound) {
+    const tools::OwnedSocket::Outcome bound = listener.bind(path, error);
+    if (bound != tools::OwnedSocket::Outcome::Bound) {
         std::fprintf(stderr, "akvo-logcat: %s\n", error.c_str());
-        return bound == LogListener::BindOutcome::Refused ? usageError : 1;
+        return bound == tools::OwnedSocket::Outcome::Refused ? tools::usageError : 1;
     }
     std::fprintf(stderr, "akvo-logcat: listening on %s\n", path.c_str());
 

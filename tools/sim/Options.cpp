@@ -1,10 +1,7 @@
 #include "Options.h"
 
+#include "CommandLine.h"
 #include "Log.h"
-
-#include <CLI/CLI.hpp>
-
-#include <iostream>
 
 namespace velmo {
 namespace kvo {
@@ -36,22 +33,6 @@ const char* const faultHelp =
     "\n"
     "Example: akvo-lipsync-sim --socket /tmp/lipsync --fault 2:delay:500 --fault '*:split:16:10'";
 
-std::string oneLine(std::string text)
-{
-    for (char& c : text) {
-        if (c == '\n') {
-            c = ' ';
-        }
-    }
-    return text;
-}
-
-std::optional<int> usage(const std::string& error)
-{
-    std::cerr << programName << ": " << oneLine(error) << std::endl;
-    return usageError;
-}
-
 } // namespace
 
 std::optional<int> parseOptions(int argc, char** argv, Options& options)
@@ -74,25 +55,17 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options)
     app.add_option("--fault-file", faultFile, "Read faults from a file, one per line")->type_name("PATH");
     app.footer(faultHelp);
     app.set_version_flag("--version", std::string(programName) + " " + AKVO_VERSION);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        std::cout << app.help();
-        return 0;
-    } catch (const CLI::CallForVersion& version) {
-        std::cout << version.what() << '\n';
-        return 0;
-    } catch (const CLI::ParseError& e) {
-        return usage(e.what());
+    if (const std::optional<int> status = tools::parseCommandLine(app, argc, argv)) {
+        return status;
     }
     std::string error;
     for (const std::string& rule : faults) {
         if (!options.faults.add(rule, error)) {
-            return usage(error);
+            return tools::reportUsageError(app, error);
         }
     }
     if (!faultFile.empty() && !options.faults.addFile(faultFile, error)) {
-        return usage(error);
+        return tools::reportUsageError(app, error);
     }
     return std::nullopt;
 }

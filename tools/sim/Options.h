@@ -19,12 +19,9 @@ struct Options
     FaultPlan faults;
 };
 
-// Exit status for bad input to the simulator itself.
-constexpr int usageError = 2;
-
 // Reads the command line into `options`. Returns an exit status when the
-// program should stop at once: 0 after --help (printed on standard output),
-// usageError after printing a one-line error on standard error.
+// program should stop at once, as tools::parseCommandLine does; faults that
+// cannot be read are usage errors too.
 std::optional<int> parseOptions(int argc, char** argv, Options& options);
 
 } // namespace sim

@@ -1,4 +1,5 @@
 #include "Engine.h"
+#include "ExitStatus.h"
 #include "ListeningSocket.h"
 #include "Log.h"
 #include "Options.h"
@@ -9,6 +10,8 @@
 #include <cstdio>
 
 using namespace velmo::kvo::sim;
+using velmo::kvo::tools::OwnedSocket;
+using velmo::kvo::tools::usageError;
 
 int main(int argc, char** argv)
 {
@@ -25,10 +28,10 @@ int main(int argc, char** argv)
     }
     ListeningSocket listener;
     std::string error;
-    ListeningSocket::Outcome outcome = listener.open(options.socketPath, error);
-    if (outcome != ListeningSocket::Outcome::Listening) {
+    const OwnedSocket::Outcome outcome = listener.open(options.socketPath, error);
+    if (outcome != OwnedSocket::Outcome::Bound) {
         log.error(error);
-        return outcome == ListeningSocket::Outcome::BadPath ? usageError : 1;
+        return outcome == OwnedSocket::Outcome::Refused ? usageError : 1;
     }
     Engine engine(!options.idle, options.fixed);
     RequestHandler handler(engine, options.faults, log);

@@ -184,7 +184,8 @@ TEST_P(BadNumber, IsAUsageError)
     const ProgramOutput run = cli(arguments);
     EXPECT_EQ(2, run.exitStatus);
     EXPECT_EQ("", run.standardOutput);
-    EXPECT_EQ(std::string(GetParam().error) + "\nRun with --help for more information.\n", run.standardError);
+    EXPECT_EQ(std::string("akvo-lipsync: ") + GetParam().error + "\nRun with --help for more information.\n",
+              run.standardError);
 }
 
 TEST_P(BadNumber, IsReportedByTheShellWhichGoesOn)

@@ -1,12 +1,12 @@
-#ifndef VELMO_KVO_JSON_JSONOBJECT_H
-#define VELMO_KVO_JSON_JSONOBJECT_H
+#ifndef VELMO_KVO_TOOLS_JSONOBJECT_H
+#define VELMO_KVO_TOOLS_JSONOBJECT_H
 
 #include <string>
 #include <type_traits>
 
 namespace velmo {
 namespace kvo {
-namespace json {
+namespace tools {
 
 // A JSON string literal, quotes included, that is valid UTF-8 whatever the
 // text holds: valid UTF-8 passes through, each byte that is not part of a
@@ -36,7 +36,7 @@ private:
     std::string _members = "{";
 };
 
-} // namespace json
+} // namespace tools
 } // namespace kvo
 } // namespace velmo
 

@@ -4,7 +4,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace json {
+namespace tools {
 
 namespace {
 
@@ -93,6 +93,6 @@ JsonObject& JsonObject::raw(const std::string& name, const std::string& value)
     return *this;
 }
 
-} // namespace json
+} // namespace tools
 } // namespace kvo
 } // namespace velmo

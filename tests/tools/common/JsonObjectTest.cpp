@@ -6,8 +6,8 @@
 #include <utility>
 
 using namespace std::string_literals;
-using velmo::kvo::json::JsonObject;
-using velmo::kvo::json::jsonString;
+using velmo::kvo::tools::JsonObject;
+using velmo::kvo::tools::jsonString;
 
 namespace {
 
