@@ -11,9 +11,6 @@ namespace kvo {
 namespace comms {
 
 using velmo::utilities::assertThat;
-
-// The assertion texts below are fixed output: each names a source line
-// that is not the one it stands on, and stays so byte for byte.
 using velmo::utilities::result::ErrnoTrait;
 using velmo::utilities::result::Result;
 
@@ -40,6 +37,9 @@ const char* Link::ResultTrait::toString(ResultCode code)
     }
     return "Invalid error (Unreachable)";
 }
+
+// The assertion texts below are fixed output: each names a source line
+// that is not the one it stands on, and stays so byte for byte.
 
 Link::Link(int fdLinkSocket) : _fdLinkSocket(fdLinkSocket), _isClosed(false)
 {
