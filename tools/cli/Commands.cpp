@@ -15,9 +15,9 @@ namespace cli {
 namespace {
 
 // CLI11 reads unsigned numbers with strtoull, which takes "-1" for the largest
-// value, turns every number above 2^64-1 into 2^64-1 without a word, and reads
-// "-4294967295" as 1 for a 32-bit option. A number must begin with a digit and
-// fit its type.
+// value, turns every number above 2^64-1 into 2^64-1 without a word, reads
+// "-4294967295" as 1 for a 32-bit option, and "040" as 32. A number is decimal
+// digits that fit its type; it goes on to CLI11 without its leading zeros.
 template <typename Unsigned>
 CLI::Validator unsignedNumber()
 {
@@ -27,11 +27,15 @@ CLI::Validator unsignedNumber()
         [expected](std::string& text) {
             char* end = nullptr;
             errno = 0;
-            const unsigned long long value = std::strtoull(text.c_str(), &end, 0);
+            const unsigned long long value = std::strtoull(text.c_str(), &end, 10);
             const bool fits = !text.empty() && std::isdigit(static_cast<unsigned char>(text[0])) &&
                               *end == '\0' && errno != ERANGE &&
                               value <= std::numeric_limits<Unsigned>::max();
-            return fits ? std::string() : expected + text;
+            if (!fits) {
+                return expected + text;
+            }
+            text = std::to_string(value);
+            return std::string();
         },
         "");
 }
@@ -50,25 +54,25 @@ void addServiceCommands(CLI::App& app, CommandArgs& args)
     CLI::App* setMargin = app.add_subcommand("set-margin", "Set the audio delay margin (ms)");
     setMargin->add_option("MS", args.delayMs, "Margin in milliseconds: 0 to 100 in steps of 20")
         ->required()
-        ->check(u64);
+        ->transform(u64);
     app.add_subcommand("get-margin", "Show the last margin the engine accepted from this process (kept "
                                      "by the library, the engine is not asked: 0 unless set-margin "
                                      "succeeded earlier in the same shell)");
     CLI::App* timestamps = app.add_subcommand("timestamps", "Read the audio path's timestamps");
     timestamps->add_option("--count", args.count, "Number of samples (0 with --watch: until interrupted)")
-        ->check(u32);
+        ->transform(u32);
     timestamps->add_option("--interval-ms", args.intervalMs, "Pause between samples in milliseconds")
-        ->check(u32);
+        ->transform(u32);
     timestamps->add_flag("--watch", args.watch,
                          "Keep sampling, show latency, network delay and depth live on a terminal, and "
                          "end with their least, mean and greatest values");
     timestamps->add_flag("--csv", args.csv,
                          "Print a header and one comma-separated row per sample, failures on standard error");
     CLI::App* video = app.add_subcommand("video-ts", "Hand over video timestamps");
-    video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required()->check(u64);
-    video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required()->check(u64);
-    video->add_option("RCV", args.receiving, "Receiving timestamp (NTP 64-bit)")->required()->check(u64);
-    video->add_option("DEPTH", args.depth, "Jitter buffer depth")->required()->check(u64);
+    video->add_option("CAP", args.capture, "Capture timestamp (NTP 64-bit)")->required()->transform(u64);
+    video->add_option("RDR", args.rendering, "Rendering timestamp (NTP 64-bit)")->required()->transform(u64);
+    video->add_option("RCV", args.receiving, "Receiving timestamp (NTP 64-bit)")->required()->transform(u64);
+    video->add_option("DEPTH", args.depth, "Jitter buffer depth")->required()->transform(u64);
 }
 
 int runServiceCommand(const CLI::App& app, const CommandArgs& args, const Output& output, Session& session)

@@ -53,6 +53,8 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"Caps", {}, {"caps"}, 0, "caps: Success granularityMs=20 maxAudioDelayMargin=100\n"},
         CommandCase{"SetMargin", {}, {"set-margin", "40"}, 0, "set-margin 40: Success delayMs=40\n"},
         CommandCase{
+            "SetMarginIsDecimal", {}, {"set-margin", "040"}, 0, "set-margin 40: Success delayMs=40\n"},
+        CommandCase{
             "SetMarginRefusedLocally",
             {},
             {"set-margin", "30"},
@@ -205,6 +207,8 @@ INSTANTIATE_TEST_SUITE_P(
                       "MS: expected a number from 0 to 18446744073709551615, got 18446744073709551616"},
         BadNumberCase{{"set-margin", "-20"}, "MS: expected a number from 0 to 18446744073709551615, got -20"},
         BadNumberCase{{"set-margin", "+20"}, "MS: expected a number from 0 to 18446744073709551615, got +20"},
+        BadNumberCase{{"set-margin", "0x14"},
+                      "MS: expected a number from 0 to 18446744073709551615, got 0x14"},
         BadNumberCase{{"timestamps", "--count", "-4294967295"},
                       "--count: expected a number from 0 to 4294967295, got -4294967295"},
         BadNumberCase{{"timestamps", "--interval-ms", "4294967296"},
