@@ -12,10 +12,15 @@ namespace test {
 
 namespace {
 
-// Failures and skips are the only parts a test result records.
+// A test result records failures and skips; only the failures count here.
 int failedParts()
 {
-    return ::testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
+    const ::testing::TestResult& result = *::testing::UnitTest::GetInstance()->current_test_info()->result();
+    int failed = 0;
+    for (int part = 0; part < result.total_part_count(); ++part) {
+        failed += result.GetTestPartResult(part).failed() ? 1 : 0;
+    }
+    return failed;
 }
 
 } // namespace
