@@ -1,6 +1,6 @@
 #include "velmo/utilities/xmlserializer/XmlSerializer.h"
 
-#include "NestingDepth.h"
+#include "velmo/utilities/xmlserializer/NestingBound.h"
 
 namespace velmo {
 namespace utilities {
@@ -37,23 +37,15 @@ XmlResult findCommandElement(const TiXmlDocument& document, const std::string& r
     return XmlResult::success();
 }
 
-namespace {
-
-// Real answers nest four levels deep. The parser recurses once per level, so
-// a hostile answer nested thousands deep would overflow the caller's stack
-// (and take time quadratic in its depth); such a document is not parsed at
-// all, and so reads as one without a root.
-constexpr std::size_t deepestNesting = 64;
-
-} // namespace
-
 // TinyXML takes a UTF-8 lead byte for a whole character of up to four bytes
 // and steps that far even when the text ends inside it, then reads on beyond
 // the terminator. A bad answer must not make it read foreign memory, so the
-// parser is given zero bytes to land on.
+// parser is given zero bytes to land on. A document that could nest too deep
+// for the caller's stack is not parsed at all, and so reads as one without a
+// root.
 void parseDocument(TiXmlDocument& document, const std::string& xml)
 {
-    if (nestsDeeperThan(xml, deepestNesting)) {
+    if (holdsTooManyOpeningBrackets(xml)) {
         return;
     }
     static const std::string::size_type longestCharacter = 4;

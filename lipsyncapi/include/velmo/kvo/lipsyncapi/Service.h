@@ -234,8 +234,12 @@ public:
      * - #Success;
      * - #BadState "Not connected to the audio KVO";
      * - #TransportError when the exchange failed (the engine hung up, an
-     *   answer that is not a well-formed GetAudioTs answer, an answer nested
-     *   more than 64 elements deep, memory ran out), with the cause nested;
+     *   answer that is not a well-formed GetAudioTs answer, memory ran out),
+     *   with the cause nested. An answer holding more than 256 "<" bytes is
+     *   not parsed at all and fails so, with "No 'AKVO' root element found in
+     *   xml data." nested: every element needs a "<", so what is parsed nests
+     *   at most 256 deep, and a thread stack of 256 KiB is enough for any
+     *   answer;
      * - #NotInCall when the engine answered "Bad state";
      * - #ServerError when it answered any other failure, or no code.
      *
