@@ -1,6 +1,8 @@
 # Packages made by `cpack` in the build tree: the runtime library, the
 # development files and the tools, each as a .deb and as a .tar.gz, split and
 # named as Debian splits and names a shared library's packages.
+include(cmake/AkvoToolDocs.cmake)
+
 set(CPACK_PACKAGE_NAME akvolipsyncapi)
 set(CPACK_PACKAGE_VENDOR velmo)
 set(CPACK_PACKAGE_CONTACT "libakvolipsyncapi maintainers")
@@ -22,7 +24,7 @@ set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared library")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, link name, CMake package and pkg-config file")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "akvo-lipsync, akvo-lipsync-sim and akvo-logcat")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "akvo-lipsync, akvo-lipsync-sim and akvo-logcat, their manual pages, bash completion")
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
