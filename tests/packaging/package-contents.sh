@@ -118,7 +118,7 @@ dpkg-deb --raw-extract "$work/libakvolipsyncapi${major}_${debversion}"_*.deb "$w
 dpkg-deb --extract "$work/libakvolipsyncapi-dev_${debversion}"_*.deb "$work/runtime"
 if cmake -S "$source/tests/packaging/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/runtime/usr" \
   >"$work/consumer.log" 2>&1 && cmake --build "$work/consumer" >>"$work/consumer.log" 2>&1; then
-  mkdir -p "$work/shlibdeps/debian/consumer/usr/bin"
+  mkdir -p "$work/shlibdeps/debian/consumer/DEBIAN" "$work/shlibdeps/debian/consumer/usr/bin"
   touch "$work/shlibdeps/debian/control"
   cp "$work/consumer/consumer" "$work/shlibdeps/debian/consumer/usr/bin/"
   depends=$(cd "$work/shlibdeps" && dpkg-shlibdeps -O -S"$work/runtime" debian/consumer/usr/bin/consumer)
