@@ -27,7 +27,7 @@ tgz_files() { tar -tzvf "$1" | awk '$1 !~ /^d/ { print $6 }' | sort; }
 build_id() { readelf -n "$1" | sed -n 's/^ *Build ID: //p'; }
 
 check_package() { # check_package NAME EXPECTED_FILES REQUIRED_DEPENDS
-  local name=$1 expected=$2 depends=$3 deb files tree binary id dbgsym
+  local name=$1 expected=$2 depends=$3 deb files tree binary id dbgsym debug_files
   deb=$(find "$work" -maxdepth 1 -name "${name}_${debversion}_*.deb")
   [ -n "$deb" ] || { fail "no .deb for $name"; return; }
   expected=$(sort <<<"$expected
@@ -51,10 +51,11 @@ share/doc/$name/copyright")
   dpkg-deb --extract "$deb" "$tree"
   dbgsym=${deb/%.deb/.ddeb}
   dbgsym=${dbgsym/"/${name}_"/"/${name}-dbgsym_"}
+  debug_files=$([ ! -f "$dbgsym" ] || deb_files "$dbgsym")
   while IFS= read -r binary; do
-    readelf -S "$binary" | grep -q '\.debug_info' && fail "$name: ${binary#"$tree"/} is not stripped"
+    [[ $(readelf -S "$binary") != *.debug_info* ]] || fail "$name: ${binary#"$tree"/} is not stripped"
     id=$(build_id "$binary")
-    [ -f "$dbgsym" ] && deb_files "$dbgsym" | grep -Fxq "lib/debug/.build-id/${id:0:2}/${id:2}.debug" ||
+    grep -Fxq "lib/debug/.build-id/${id:0:2}/${id:2}.debug" <<<"$debug_files" ||
       fail "$name: no debug information for ${binary#"$tree"/} (build id $id) in $(basename "$dbgsym")"
   done < <(find "$tree" -type f -exec sh -c 'head -c4 "$1" | grep -q ELF' _ {} \; -print)
 }
@@ -108,7 +109,9 @@ for component in $components; do
 done
 
 echo "== lintian"
+shopt -s nullglob
 lintian --fail-on error "$work"/*.deb "$work"/*.ddeb >"$work/lintian.log" 2>&1 || lintian_status=$?
+shopt -u nullglob
 grep -v '^running with root privileges' "$work/lintian.log" || true
 [ "${lintian_status:-0}" -eq 0 ] || fail "lintian reports errors (above)"
 
