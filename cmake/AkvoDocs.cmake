@@ -3,6 +3,11 @@
 # (so a header is documented once it is installed, and only then), and
 # Javadoc over the Java binding's sources where they and a JDK are there.
 # With AKVO_WERROR a single warning fails the target, as in CI.
+#
+# The install component `doc` (`cmake --install BUILD --component doc`)
+# installs what the docs target made under share/doc/akvolipsyncapi/: html/
+# for the headers, java/ for the Java binding. A plain install leaves it out,
+# so that it needs no doxygen.
 set(akvo_docs_dir ${CMAKE_BINARY_DIR}/docs)
 set(akvo_docs_stage ${akvo_docs_dir}/installed)
 
@@ -11,6 +16,7 @@ if(NOT DOXYGEN_FOUND)
   set(akvo_docs_missing "doxygen not found: the docs target is skipped (scripts/setup-deps --docs installs it)")
   message(STATUS "${akvo_docs_missing}")
   add_custom_target(docs COMMAND ${CMAKE_COMMAND} -E echo "${akvo_docs_missing}" VERBATIM)
+  install(CODE "message(FATAL_ERROR \"${akvo_docs_missing}\")" COMPONENT doc EXCLUDE_FROM_ALL)
   return()
 endif()
 
@@ -41,6 +47,11 @@ foreach(target akvolipsyncapi akvo_tinyxml)
   endif()
 endforeach()
 
+install(CODE "if(NOT EXISTS \"${akvo_docs_dir}/html/index.html\")
+  message(FATAL_ERROR \"No API reference to install: build it first (cmake --build ${CMAKE_BINARY_DIR} --target docs)\")
+endif()" COMPONENT doc EXCLUDE_FROM_ALL)
+install(DIRECTORY ${akvo_docs_dir}/html/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT doc EXCLUDE_FROM_ALL)
+
 file(GLOB_RECURSE akvo_java_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/java/src/*.java)
 find_package(Java 11 COMPONENTS Development QUIET)
 if(akvo_java_sources AND Java_JAVADOC_EXECUTABLE)
@@ -55,6 +66,7 @@ if(akvo_java_sources AND Java_JAVADOC_EXECUTABLE)
     COMMAND ${CMAKE_COMMAND} -E echo "Java API reference: ${akvo_docs_dir}/java/index.html"
     COMMENT "Generating the Java API reference with Javadoc"
     VERBATIM)
+  install(DIRECTORY ${akvo_docs_dir}/java/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/java COMPONENT doc EXCLUDE_FROM_ALL)
 else()
   message(STATUS "No Java sources or no javadoc: the docs target documents the C and C++ headers only")
 endif()

@@ -11,6 +11,9 @@ set_target_properties(akvolipsyncapi PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
 target_link_libraries(akvolipsyncapi PRIVATE akvo::tinyxml)
+# The public headers are C++17: programs that include them compile as C++17 at
+# least, whatever standard they ask for themselves.
+target_compile_features(akvolipsyncapi INTERFACE cxx_std_17)
 if(BUILD_SHARED_LIBS)
   set(akvo_version_script ${PROJECT_SOURCE_DIR}/cmake/akvolipsyncapi.map)
   target_link_options(akvolipsyncapi PRIVATE -Wl,--version-script=${akvo_version_script})

@@ -1,0 +1,60 @@
+# Writes a help2man include file with a COMMANDS section that holds each
+# subcommand's --help, laid out as help2man lays out the program's own: the
+# description, the usage, and each option or argument as a tagged paragraph.
+#   cmake -DPROGRAM=... -DOUTPUT=....h2m -P Subcommands.cmake
+include(${CMAKE_CURRENT_LIST_DIR}/ToolHelp.cmake)
+
+# Text that roff would take for a request or an escape, or help2man for a
+# section of its own, is escaped.
+function(akvo_roff text out)
+  string(REPLACE "\\" "\\e" text "${text}")
+  string(REPLACE "-" "\\-" text "${text}")
+  if(text MATCHES "^[.'[/]")
+    string(PREPEND text "\\&")
+  endif()
+  set(${out} "${text}" PARENT_SCOPE)
+endfunction()
+
+akvo_tool_help(${PROGRAM})
+set(subcommands ${AKVO_HELP_SUBCOMMANDS})
+set(roff "[COMMANDS]\n")
+foreach(subcommand IN LISTS subcommands)
+  akvo_tool_help(${PROGRAM} ${subcommand})
+  string(APPEND roff ".SS ${subcommand}\n")
+  string(REPLACE ";" "<semicolon>" lines "${AKVO_HELP_TEXT}")
+  string(REPLACE "\n" ";" lines "${lines}")
+  # A blank line or a heading ends a paragraph; the next text starts one.
+  set(new_paragraph OFF)
+  foreach(line IN LISTS lines)
+    if(line MATCHES "^[A-Z][A-Za-z ]*:$" OR line STREQUAL "")
+      set(new_paragraph ON)
+    elseif(line MATCHES "^  ([^ ]([^ ]| [^ ])*)(  +(.*))?$")
+      # An option or an argument, with its description on the same line or
+      # on the next ones.
+      set(description "${CMAKE_MATCH_4}")
+      akvo_roff("${CMAKE_MATCH_1}" term)
+      string(APPEND roff ".TP\n\\fB${term}\\fR\n")
+      if(description)
+        akvo_roff("${description}" description)
+        string(APPEND roff "${description}\n")
+      endif()
+      set(new_paragraph OFF)
+    else()
+      if(new_paragraph)
+        string(APPEND roff ".PP\n")
+        set(new_paragraph OFF)
+      endif()
+      if(line MATCHES "^Usage: (.*)$")
+        akvo_roff("${CMAKE_MATCH_1}" usage)
+        string(APPEND roff ".PP\nUsage: \\fB${usage}\\fR\n")
+        set(new_paragraph ON)
+      else()
+        string(STRIP "${line}" line)
+        akvo_roff("${line}" line)
+        string(APPEND roff "${line}\n")
+      endif()
+    endif()
+  endforeach()
+endforeach()
+string(REPLACE "<semicolon>" ";" roff "${roff}")
+file(WRITE ${OUTPUT} "${roff}")
