@@ -447,8 +447,9 @@ INSTANTIATE_TEST_SUITE_P(
                           "connect\nconnect\nhelp\ncaps --help\nbogus\n\xff\ntimestamps --watch --count 1\n"
                           "disconnect\nconnect /tmp/\xff\n"}));
 
-// On a terminal the shell reads with libedit: a prompt, and the session's
-// history (Ctrl-P brings back the line before).
+// On a terminal the shell reads with libedit: a prompt, the session's
+// history (Ctrl-P brings back the line before), and Ctrl-C drops the line
+// being typed for a new prompt, as shells do.
 TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
 {
 #ifndef AKVO_LINE_EDITING
@@ -460,8 +461,11 @@ TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
     ASSERT_EQ(0, unlockpt(terminal));
     const int side = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_LE(0, side);
+    // In a session of its own with the terminal as its controlling one, so
+    // that Ctrl-C signals the shell as it would at a user's terminal.
     const pid_t pid = akvo::test::startProgram(
-        {AKVO_CLI_PATH, "--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, side, side, side);
+        {"/usr/bin/setsid", "--ctty", AKVO_CLI_PATH, "--socket", "/tmp/akvo-cli-nobody-listens", "shell"},
+        side, side, side);
     close(side);
     std::string screen;
     // The screen so far, once `text` has appeared `times` times or after 5 s.
@@ -493,11 +497,17 @@ TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
     };
     const std::string answer = "get-margin: Bad state (Code 1003): Not connected to the audio KVO";
     EXPECT_EQ(1u, until("akvo> ", 1));
-    EXPECT_EQ(11, type("get-margin\r"));
+    EXPECT_EQ(4, type("caps"));
+    EXPECT_EQ(1u, until("caps", 1));
+    EXPECT_EQ(1, type("\x03"));
     EXPECT_EQ(2u, until("akvo> ", 2));
+    EXPECT_NE(std::string::npos, screen.find("akvo> caps^C\r\nakvo> ")) << screen;
+    EXPECT_EQ(11, type("get-margin\r"));
+    EXPECT_EQ(3u, until("akvo> ", 3));
     EXPECT_EQ(2, type("\x10\r"));
     EXPECT_EQ(2u, until(answer, 2)) << screen;
-    EXPECT_EQ(3u, until("akvo> ", 3));
+    EXPECT_EQ(4u, until("akvo> ", 4));
+    EXPECT_EQ(std::string::npos, screen.find("caps:")) << screen;
     EXPECT_EQ(1, type("\x04"));
     const int status = akvo::test::reapWithin(pid, 5000);
     close(terminal);
