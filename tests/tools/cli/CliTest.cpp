@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -133,14 +135,19 @@ INSTANTIATE_TEST_SUITE_P(
             "delay margin 101 is not in range [0..100]\",\"delayMs\":101}\n"}),
     [](const ::testing::TestParamInfo<CommandCase>& info) { return std::string(info.param.name); });
 
+// A table on standard output takes no failure lines, not even the connection's.
 TEST(Cli, CannotConnectIsItsOwnClass)
 {
+    const std::string failure =
+        "connect: Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code "
+        "20002): Unable to connect to /tmp/akvo-cli-nobody-listens ";
     const ProgramOutput run = cli({"--socket", "/tmp/akvo-cli-nobody-listens", "caps"});
     EXPECT_EQ(3, run.exitStatus);
-    EXPECT_EQ(0u, run.standardOutput.find(
-                      "connect: Cannot connect to Audio KVO (Code 1004): {Connection has "
-                      "failed (Code 20002): Unable to connect to /tmp/akvo-cli-nobody-listens "))
-        << run.standardOutput;
+    EXPECT_EQ(0u, run.standardOutput.find(failure)) << run.standardOutput;
+    const ProgramOutput csv = cli({"--socket", "/tmp/akvo-cli-nobody-listens", "timestamps", "--csv"});
+    EXPECT_EQ(3, csv.exitStatus);
+    EXPECT_EQ("", csv.standardOutput);
+    EXPECT_NE(std::string::npos, csv.standardError.find(failure)) << csv.standardError;
 }
 
 TEST(Cli, UsageErrorsExitWithTwo)
@@ -305,6 +312,44 @@ TEST(Cli, ShellReportsBadLinesAndGoesOn)
     EXPECT_EQ(run.standardOutput.size(), position) << "nothing runs after quit";
 }
 
+// Writing to an engine that hung up fails with EPIPE: the shell reports it
+// and goes on instead of dying of SIGPIPE.
+TEST(Cli, ShellGoesOnAfterTheEngineHangsUp)
+{
+    SimulatorProcess simulator({"--fault", "1:close"});
+    const ProgramOutput run =
+        cli({"--socket", simulator.socketPath(), "shell"}, "connect\ntimestamps\ntimestamps\ncaps\n");
+    EXPECT_EQ(0, run.exitStatus) << run.standardError;
+    const std::string hungUp =
+        "timestamps: An error has occured in the transport layer (Code 1005): {Connection "
+        "closed by distant (Code 5905): {Protocol has been closed by distant (Code "
+        "40005): {Closed by distant (Code 10003)}}}\n";
+    EXPECT_EQ("connect: Success socket=" + simulator.socketPath() + "\n" + hungUp + hungUp +
+                  "caps: Success granularityMs=20 maxAudioDelayMargin=100\n",
+              run.standardOutput);
+}
+
+// An engine that never answers: the call gives up, and the shell goes on
+// disconnected. The option may come before or after the command.
+TEST(Cli, TimeoutEndsACallThatTheEngineHolds)
+{
+    SimulatorProcess simulator({"--fault", "*:delay:100000"});
+    const std::string timedOut =
+        "timestamps: Deadline exceeded (Code 1100): No answer within 50 ms, disconnected {";
+    const ProgramOutput once = cli({"--socket", simulator.socketPath(), "--timeout-ms", "50", "timestamps"});
+    EXPECT_EQ(9, once.exitStatus);
+    EXPECT_EQ(0u, once.standardOutput.find(timedOut)) << once.standardOutput;
+
+    const ProgramOutput shell = cli({"--socket", simulator.socketPath(), "shell"},
+                                    "connect\ntimestamps --timeout-ms 50\nget-margin\n");
+    EXPECT_EQ(5, shell.exitStatus);
+    const size_t lineTwo = shell.standardOutput.find('\n') + 1;
+    EXPECT_EQ(lineTwo, shell.standardOutput.find(timedOut, lineTwo)) << shell.standardOutput;
+    EXPECT_NE(
+        std::string::npos,
+        shell.standardOutput.find("}\nget-margin: Bad state (Code 1003): Not connected to the audio KVO\n"));
+}
+
 TEST(Cli, LibraryLogLinesGoToStandardError)
 {
     SimulatorProcess simulator;
@@ -332,6 +377,35 @@ TEST(Cli, WatchCountsSamples)
                   "networkDelayMaxMs=0.100 jitterBufferDepthMin=40 jitterBufferDepthMean=40.000 "
                   "jitterBufferDepthMax=40\n",
               run.standardOutput);
+}
+
+// --watch samples until it is stopped, here by its reader going away, which
+// ends it with status 1 and a word on standard error.
+TEST(Cli, WatchSamplesUntilItsOutputIsClosed)
+{
+    SimulatorProcess simulator({"--fixed"});
+    int output[2];
+    ASSERT_EQ(0, pipe2(output, O_CLOEXEC));
+    const int error = memfd_create("stderr", MFD_CLOEXEC);
+    const pid_t pid = akvo::test::startProgram(
+        {AKVO_CLI_PATH, "--socket", simulator.socketPath(), "timestamps", "--watch", "--interval-ms", "1"},
+        STDIN_FILENO, output[1], error);
+    close(output[1]);
+    std::string seen;
+    char buffer[4096];
+    ssize_t got;
+    while (std::count(seen.begin(), seen.end(), '\n') < 3 &&
+           (got = read(output[0], buffer, sizeof(buffer))) > 0) {
+        seen.append(buffer, static_cast<size_t>(got));
+    }
+    close(output[0]);
+    const int status = akvo::test::reapWithin(pid, 10000);
+    EXPECT_LE(3, std::count(seen.begin(), seen.end(), '\n')) << seen;
+    EXPECT_EQ(std::string::npos, seen.find("statistics")) << "the watch ended by itself";
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_NE(std::string::npos, akvo::test::fileText(error).find(
+                                     "akvo-lipsync: cannot write to standard output: Broken pipe\n"));
+    close(error);
 }
 
 TEST(Cli, CsvEndsAtAFailureWhichGoesToStandardError)
@@ -395,6 +469,9 @@ TEST_P(JsonShell, PrintsObjectsWithACode)
 INSTANTIATE_TEST_SUITE_P(
     Cli, JsonShell,
     ::testing::Values(
+        JsonShellCase{"UnknownCommand", "bogus x\n",
+                      "{\"command\":\"bogus x\",\"code\":2,\"result\":\"unknown command \\\"bogus\\\"; help "
+                      "lists the commands\"}\n"},
         JsonShellCase{"UsageError", "caps extra\n",
                       "{\"command\":\"caps extra\",\"code\":2,\"result\":\"The following argument was not "
                       "expected: extra\"}\n"},
