@@ -7,9 +7,12 @@
 #include <algorithm>
 #include <cctype>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace std::string_literals;
@@ -103,6 +106,13 @@ void sendDatagram(const std::string& path, const std::string& bytes)
     close(fd);
 }
 
+// The JSON members that the kernel's credentials give for the records that
+// this process sends.
+std::string sender()
+{
+    return R"("pid":)" + std::to_string(getpid()) + R"(,"uid":)" + std::to_string(getuid());
+}
+
 // Thread 77, 1970-02-01 01:01:01.123456789 UTC.
 std::string datagram(uint8_t logId, const std::string& payload)
 {
@@ -125,11 +135,15 @@ TEST(Logcat, WarnsAboutMalformedDatagramsAndGoesOn)
         "akvo-logcat: listening on " + path + "\n" +
             "akvo-logcat: skipped malformed record: datagram of 5 bytes, shorter than the 11-byte record "
             "header\n"
-            R"({"id":1,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":4,"tag":"RILJ",)"
-            R"("message":"m"})"
+            R"({"id":1,)" +
+            sender() +
+            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":4,)"
+            R"("level":"I","tag":"RILJ","message":"m"})"
             "\nakvo-logcat: skipped malformed record: string event declares 9 bytes but carries 3\n"
-            R"({"id":2,"tid":77,"sec":2682061,"nsec":123456789,"kind":"binary","event":42,"type":1,)"
-            R"("payload":"aabb"})"
+            R"({"id":2,)" +
+            sender() +
+            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"binary","event":42,)"
+            R"("type":1,"payload":"aabb"})"
             "\n",
         logcat.outputUntil("aabb\"}\n"));
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
@@ -139,7 +153,7 @@ struct ShownCase
 {
     const char* name;
     std::vector<std::string> options;
-    const char* shown;
+    std::string shown;
 };
 
 class LogcatShows : public ::testing::TestWithParam<ShownCase>
@@ -172,23 +186,26 @@ TEST_P(LogcatShows, TheRecordsItsFiltersLetThroughInItsFormat)
 
 INSTANTIATE_TEST_SUITE_P(
     Filters, LogcatShows,
-    ::testing::Values(
-        ShownCase{"brief",
-                  {"-v", "brief"},
-                  "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
-        ShownCase{
-            "tag", {"--format", "brief", "AKVO:W"}, "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
-        ShownCase{
-            "silent", {"-v", "brief", "AKVO:I", "*:S"}, "I/AKVO(77): one\nW/AKVO(77): two\nF/END(77): end\n"},
-        ShownCase{
-            "json",
-            {"-v", "json", "RILJ:E", "*:S"},
-            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":6,"tag":"RILJ",)"
-            R"("message":"three"})"
-            "\n"
-            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":7,"tag":"END",)"
-            R"("message":"end"})"
-            "\n"}),
+    ::testing::Values(ShownCase{"brief",
+                                {"-v", "brief"},
+                                "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+                      ShownCase{"tag",
+                                {"--format", "brief", "AKVO:W"},
+                                "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+                      ShownCase{"silent",
+                                {"-v", "brief", "AKVO:I", "*:S"},
+                                "I/AKVO(77): one\nW/AKVO(77): two\nF/END(77): end\n"},
+                      ShownCase{"json",
+                                {"-v", "json", "RILJ:E", "*:S"},
+                                R"({"id":0,)" + sender() +
+                                    R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text",)"
+                                    R"("priority":6,"level":"E","tag":"RILJ","message":"three"})"
+                                    "\n"
+                                    R"({"id":0,)" +
+                                    sender() +
+                                    R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text",)"
+                                    R"("priority":7,"level":"F","tag":"END","message":"end"})"
+                                    "\n"}),
     [](const ::testing::TestParamInfo<ShownCase>& info) { return std::string(info.param.name); });
 
 std::string tempPath(const std::string& name)
@@ -230,6 +247,7 @@ INSTANTIATE_TEST_SUITE_P(Arguments, LogcatUsage,
                          ::testing::Values(UsageCase{{"--socket", tempPath("usage"), "--bogus"}, "--bogus"},
                                            UsageCase{{"--socket", tempPath("usage"), "stray:Q"}, "stray:Q"},
                                            UsageCase{{"--socket", tempPath("usage"), "-v", "long"}, "long"},
+                                           UsageCase{{"--socket", tempPath("usage"), "--pid", "-5"}, "-5"},
                                            UsageCase{{"--socket", tempPath("usage"), "--json", "-v", "brief"},
                                                      "--json"}));
 
@@ -261,6 +279,79 @@ TEST(Logcat, RefusesALiveSocketPathAndReplacesAStaleOne)
     EXPECT_NE(std::string::npos, logcat.outputUntil("after\n").find("I/T: after\n"));
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
     EXPECT_NE(0, access(path.c_str(), F_OK));
+}
+
+#ifdef AKVO_CLI_PATH
+// Starts akvo-logcat with `options` at a fresh path, runs a CLI call whose
+// library logs there through AKVO_LOG_SOCKET, then sends END from this
+// process; returns akvo-logcat's records (the lines after the first) and the
+// CLI's pid in `cli`.
+std::string recordsOfACliCall(const std::string& name, const std::vector<std::string>& options, pid_t& cli)
+{
+    const std::string path = tempPath(name);
+    Logcat logcat(options, path);
+    EXPECT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    cli = akvo::test::startProgram({"/usr/bin/env", "AKVO_LOG_SOCKET=" + path, AKVO_CLI_PATH, "--socket",
+                                    "/tmp/akvo-logcat-nobody-listens", "caps"},
+                                   STDIN_FILENO, nowhere, nowhere);
+    close(nowhere);
+    const int status = akvo::test::reapWithin(cli, 10000);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 3) << status;
+    sendDatagram(path, datagram(0, "\x07"
+                                   "END\0end\0"s));
+    const std::string output = logcat.outputUntil("end\n");
+    EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
+    return output.substr(output.find('\n') + 1);
+}
+
+std::string pidAndThread(pid_t pid, pid_t thread)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), " %5d %5d ", static_cast<int>(pid), static_cast<int>(thread & 0xffff));
+    return text;
+}
+
+// Records of unrelated processes on one socket: the kernel's credentials tell
+// them apart, and --pid keeps one process's.
+TEST(Logcat, TellsTheLibrarysRecordsApartByTheirProcess)
+{
+    pid_t cli = 0;
+    const std::string all = recordsOfACliCall("senders", {"-v", "threadtime"}, cli);
+    EXPECT_NE(std::string::npos, all.find(pidAndThread(cli, cli) +
+                                          "I AKVOLIPSYNCAPI: Client is connecting with input params: "
+                                          "lipsyncSocketName=/tmp/akvo-logcat-nobody-listens  with result: "
+                                          "Cannot connect to Audio KVO (Code 1004)"))
+        << all;
+    EXPECT_NE(std::string::npos, all.find(pidAndThread(getpid(), 77) + "F END     : end\n")) << all;
+    EXPECT_EQ("F/END(77): end\n",
+              recordsOfACliCall("one-sender", {"-v", "brief", "--pid", std::to_string(getpid())}, cli));
+}
+#endif
+
+// A reader that goes away ends akvo-logcat with status 1, its socket file
+// removed, where SIGPIPE would have killed it and left the file.
+TEST(Logcat, EndsWhenItsOutputIsClosed)
+{
+    const std::string path = tempPath("closed");
+    int output[2];
+    ASSERT_EQ(0, pipe2(output, O_CLOEXEC));
+    const int error = memfd_create("stderr", MFD_CLOEXEC);
+    const pid_t pid =
+        akvo::test::startProgram({AKVO_LOGCAT_PATH, "--socket", path}, STDIN_FILENO, output[1], error);
+    close(output[1]);
+    close(output[0]);
+    for (int step = 0; fileText(error).empty() && step < 1000; ++step) {
+        usleep(5000);
+    }
+    sendDatagram(path, datagram(0, "\x04T\0m\0"s));
+    const int status = akvo::test::reapWithin(pid, 10000);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_EQ("akvo-logcat: listening on " + path +
+                  "\nakvo-logcat: cannot write to standard output: Broken pipe\n",
+              fileText(error));
+    EXPECT_NE(0, access(path.c_str(), F_OK));
+    close(error);
 }
 
 } // namespace
