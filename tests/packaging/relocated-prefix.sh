@@ -10,10 +10,11 @@ cmake=$1 build=$2 source=$3 version=$4
 shift 4
 unset LD_LIBRARY_PATH
 
+. "$source/scripts/servers.sh"
 work=$(mktemp -d /tmp/akvo-relocate.XXXXXX)
 simulator=
 cleanup() {
-  [ -n "$simulator" ] && { kill "$simulator" 2>/dev/null || true; wait "$simulator" 2>/dev/null || true; }
+  stop_server "$simulator"
   rm -rf "$work"
 }
 trap cleanup EXIT
@@ -39,12 +40,7 @@ for tool in akvo-lipsync akvo-lipsync-sim akvo-logcat; do
   check "$tool --version" "$tool $version" "$("$bin/$tool" --version 2>&1 || true)"
 done
 
-"$bin/akvo-lipsync-sim" --socket "$work/sim.sock" --fixed >"$work/sim.out" 2>&1 &
-simulator=$!
-until grep -q "listening on" "$work/sim.out"; do
-  kill -0 "$simulator" 2>/dev/null || { cat "$work/sim.out"; exit 1; }
-  sleep 0.05
-done
+start_server simulator "$bin/akvo-lipsync-sim" "$work/sim.sock" "$work/sim.out" --fixed
 
 check "akvo-lipsync caps" "caps: Success granularityMs=20 maxAudioDelayMargin=100" \
   "$("$bin/akvo-lipsync" --socket "$work/sim.sock" caps 2>/dev/null || true)"

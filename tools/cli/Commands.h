@@ -15,6 +15,7 @@ namespace cli {
 // the command line and the lines of the shell.
 struct CommandArgs
 {
+    unsigned int timeoutMs = 0;
     unsigned long long delayMs = 0;
     unsigned int count = 1;
     unsigned int intervalMs = 1000;
@@ -26,6 +27,12 @@ struct CommandArgs
     unsigned long long depth = 0;
 };
 
+// The exit statuses, for the help texts.
+extern const char* const exitStatusHelp;
+
+// Adds --timeout-ms to `app`, and to its commands, which take their parent's options.
+void addTimeoutOption(CLI::App& app, CommandArgs& args);
+
 // Adds caps, set-margin, get-margin, timestamps and video-ts to `app`.
 void addServiceCommands(CLI::App& app, CommandArgs& args);
 
@@ -35,9 +42,10 @@ int runServiceCommand(const CLI::App& app, const CommandArgs& args, const Output
 // How the shell chooses its exit status, for the help texts.
 extern const char* const shellExitStatus;
 
-// Reads commands from standard input line by line until its end or "quit";
-// returns the exit status that shellExitStatus describes.
-int runShell(const std::string& socketName, const Output& output);
+// Reads commands from standard input line by line until its end or "quit",
+// each line's calls bounded by `timeoutMs` unless it gives its own; returns
+// the exit status that shellExitStatus describes.
+int runShell(Session& session, const std::string& socketName, unsigned int timeoutMs, const Output& output);
 
 } // namespace cli
 } // namespace kvo

@@ -1,7 +1,7 @@
 #ifndef VELMO_KVO_CLI_OUTPUT_H
 #define VELMO_KVO_CLI_OUTPUT_H
 
-#include "velmo/kvo/lipsyncapi/Service.h"
+#include "Outcome.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -35,24 +35,33 @@ Field decimalField(const std::string& name, double value);
 Field textField(const std::string& name, const std::string& value);
 
 // Writes one line per outcome, as plain text or as a JSON object with the
-// members "command", "code" and "result", then the fields.
+// members "command", "code" and "result", then the fields. Everything goes to
+// standard output, except the failures of an output whose `failures` stream
+// is another (standard error, where standard output holds a table).
 class Output
 {
 public:
-    explicit Output(bool json, std::FILE* stream = stdout) : _json(json), _stream(stream) {}
+    explicit Output(bool json, std::FILE* failures = stdout) : _json(json), _failures(failures) {}
 
-    void print(const std::string& command, const lipsyncapi::Service::ServiceResult& result,
+    void print(const std::string& command, const Outcome& outcome,
                const std::vector<Field>& fields = {}) const;
     // What the tool itself answers, not the library; `code` is the exit status it implies.
     void report(const std::string& command, int code, const std::string& message) const;
+    // `text` as it stands, no newline added.
+    void write(const std::string& text) const;
     bool json() const { return _json; }
+    // The same output with its failures on `failures`.
+    Output withFailuresOn(std::FILE* failures) const { return Output(_json, failures); }
+
+    // Standard output can no longer be written (its reader went away): what
+    // is still to be printed would be lost, so the program stops.
+    static bool broken();
+    // Why, for standard error.
+    static std::string whyBroken();
 
 private:
-    void printJson(const std::string& command, long long code, const std::string& result,
-                   const std::vector<Field>& fields) const;
-
     bool _json;
-    std::FILE* _stream;
+    std::FILE* _failures;
 };
 
 } // namespace cli

@@ -9,13 +9,11 @@
 #include <optional>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace velmo {
 namespace kvo {
 namespace cli {
-
-using common::LipSyncNtpTimestamps;
-using lipsyncapi::Service;
 
 namespace {
 
@@ -26,9 +24,17 @@ void onInterrupt(int)
     interrupted = 1;
 }
 
+// The outcome of the thread's latest call, which returned `code`.
+Outcome outcomeOf(int32_t code)
+{
+    std::vector<char> text(akvo_lipsync_result_text(nullptr, 0) + 1);
+    akvo_lipsync_result_text(text.data(), text.size());
+    return Outcome{code, std::string(text.data(), text.size() - 1)};
+}
+
 // NTP timestamps carry seconds in the upper and the fraction in the lower 32
 // bits, so a difference of two is in units of 2^-32 s.
-double ntpDifferenceMs(unsigned long long later, unsigned long long earlier)
+double ntpDifferenceMs(uint64_t later, uint64_t earlier)
 {
     const int64_t difference = static_cast<int64_t>(later - earlier);
     return static_cast<double>(difference) * 1000.0 / 4294967296.0;
@@ -36,149 +42,155 @@ double ntpDifferenceMs(unsigned long long later, unsigned long long earlier)
 
 } // namespace
 
-int exitStatusFor(const Service::ServiceResult& result)
+int exitStatusFor(const Outcome& outcome)
 {
-    switch (result.getErrorCode()) {
-    case Service::Success:
+    switch (outcome.code) {
+    case AKVO_LIPSYNC_SUCCESS:
         return ExitSuccess;
-    case Service::InvalidParam:
+    case AKVO_LIPSYNC_INVALID_PARAM:
         return ExitInvalidParam;
-    case Service::BadState:
+    case AKVO_LIPSYNC_BAD_STATE:
         return ExitBadState;
-    case Service::CannotConnect:
+    case AKVO_LIPSYNC_CANNOT_CONNECT:
         return ExitCannotConnect;
-    case Service::TransportError:
+    case AKVO_LIPSYNC_TRANSPORT_ERROR:
         return ExitTransportError;
-    case Service::ServerError:
+    case AKVO_LIPSYNC_SERVER_ERROR:
         return ExitServerError;
-    case Service::NotInCall:
+    case AKVO_LIPSYNC_NOT_IN_CALL:
         return ExitNotInCall;
+    case AKVO_LIPSYNC_DEADLINE_EXCEEDED:
+        return ExitTimedOut;
     default:
         return ExitOtherFailure;
     }
 }
 
+void Session::setTimeout(uint32_t milliseconds)
+{
+    akvo_lipsync_set_deadline(_service.get(), milliseconds);
+}
+
 int Session::connect(const std::string& socketName, bool quietOnSuccess)
 {
-    const Service::ServiceResult result = _service.connect(socketName);
-    if (result.isFailure() || !quietOnSuccess) {
-        _output.print("connect", result, {textField("socket", socketName)});
+    const Outcome outcome = outcomeOf(akvo_lipsync_connect(_service.get(), socketName.c_str()));
+    if (!outcome.isSuccess() || !quietOnSuccess) {
+        _output.print("connect", outcome, {textField("socket", socketName)});
     }
-    return exitStatusFor(result);
+    return exitStatusFor(outcome);
 }
 
 int Session::disconnect(bool quietOnSuccess)
 {
-    const Service::ServiceResult result = _service.disconnect();
-    if (result.isFailure() || !quietOnSuccess) {
-        _output.print("disconnect", result);
+    const Outcome outcome = outcomeOf(akvo_lipsync_disconnect(_service.get()));
+    if (!outcome.isSuccess() || !quietOnSuccess) {
+        _output.print("disconnect", outcome);
     }
-    return exitStatusFor(result);
+    return exitStatusFor(outcome);
 }
 
 int Session::caps()
 {
-    unsigned long long granularityMs = 0;
-    unsigned long long maxAudioDelayMargin = 0;
-    const Service::ServiceResult result = _service.getCapabilities(granularityMs, maxAudioDelayMargin);
-    if (result.isSuccess()) {
-        _output.print("caps", result,
-                      {numberField("granularityMs", granularityMs),
-                       numberField("maxAudioDelayMargin", maxAudioDelayMargin)});
-    } else {
-        _output.print("caps", result);
-    }
-    return exitStatusFor(result);
+    uint64_t granularityMs = 0;
+    uint64_t maxAudioDelayMargin = 0;
+    const Outcome outcome =
+        outcomeOf(akvo_lipsync_get_capabilities(_service.get(), &granularityMs, &maxAudioDelayMargin));
+    _output.print("caps", outcome,
+                  {numberField("granularityMs", granularityMs),
+                   numberField("maxAudioDelayMargin", maxAudioDelayMargin)});
+    return exitStatusFor(outcome);
 }
 
 int Session::setMargin(unsigned long long delayMs)
 {
-    const Service::ServiceResult result = _service.setAudioDelayMargin(delayMs);
+    const Outcome outcome = outcomeOf(akvo_lipsync_set_audio_delay_margin(_service.get(), delayMs));
     // In plain text the margin goes into the label, since a refusal prints no values.
-    _output.print(_output.json() ? "set-margin" : "set-margin " + std::to_string(delayMs), result,
+    _output.print(_output.json() ? "set-margin" : "set-margin " + std::to_string(delayMs), outcome,
                   {numberField("delayMs", delayMs)});
-    return exitStatusFor(result);
+    return exitStatusFor(outcome);
 }
 
 int Session::getMargin()
 {
-    unsigned long long delayMs = 0;
-    const Service::ServiceResult result = _service.getAudioDelayMargin(delayMs);
-    if (result.isSuccess()) {
-        _output.print("get-margin", result, {numberField("delayMs", delayMs)});
-    } else {
-        _output.print("get-margin", result);
-    }
-    return exitStatusFor(result);
+    uint64_t delayMs = 0;
+    const Outcome outcome = outcomeOf(akvo_lipsync_get_audio_delay_margin(_service.get(), &delayMs));
+    _output.print("get-margin", outcome, {numberField("delayMs", delayMs)});
+    return exitStatusFor(outcome);
 }
 
 int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch, bool csv)
 {
     const bool liveLine = watch && !csv && !_output.json() && isatty(STDOUT_FILENO);
     // Standard output holds nothing but the table in CSV.
-    const Output failures(_output.json(), csv ? stderr : stdout);
+    const Output output = csv ? _output.withFailuresOn(stderr) : _output;
     interrupted = 0;
     void (*previous)(int) = std::signal(SIGINT, onInterrupt);
     if (csv) {
-        std::printf("capture,rendering,receiving,jitterBufferDepth,audioLatencyMs,networkDelayMs\n");
+        output.write("capture,rendering,receiving,jitterBufferDepth,audioLatencyMs,networkDelayMs\n");
     }
     Statistics latency;
     Statistics network;
     Statistics depth;
-    std::optional<Service::ServiceResult> lastSuccess;
+    std::optional<Outcome> lastSuccess;
     bool lineShown = false;
     int status = ExitSuccess;
     for (unsigned int sample = 0; (watch && count == 0) || sample < count; ++sample) {
         if (sample > 0) {
             std::this_thread::sleep_for(std::chrono::milliseconds(intervalMs));
         }
-        if (interrupted) {
+        if (interrupted || Output::broken()) {
             break;
         }
         if (lineShown) {
             // The library writes a line to standard error on every call, which
             // on a terminal would land inside the live line: cleared first,
             // the line scrolls up whole and the live line is drawn below it.
-            std::printf("\r\033[K");
-            std::fflush(stdout);
+            output.write("\r\033[K");
             lineShown = false;
         }
-        LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
-        const Service::ServiceResult result = _service.getAudioTimestamps(timestamps);
-        status = exitStatusFor(result);
-        if (result.isFailure()) {
-            failures.print("timestamps", result);
+        akvo_lipsync_timestamps timestamps = {0, 0, 0, 0};
+        const Outcome outcome = outcomeOf(akvo_lipsync_get_audio_timestamps(_service.get(), &timestamps));
+        status = exitStatusFor(outcome);
+        if (!outcome.isSuccess()) {
+            output.print("timestamps", outcome);
             break;
         }
-        lastSuccess = result;
-        const double latencyMs = ntpDifferenceMs(timestamps.tRdr, timestamps.tCap);
-        const double networkMs = ntpDifferenceMs(timestamps.tCap, timestamps.tRcv);
+        lastSuccess = outcome;
+        const double latencyMs = ntpDifferenceMs(timestamps.rendering, timestamps.capture);
+        const double networkMs = ntpDifferenceMs(timestamps.capture, timestamps.receiving);
         latency.add(latencyMs);
         network.add(networkMs);
-        depth.add(static_cast<double>(timestamps.jbmDepth));
+        depth.add(static_cast<double>(timestamps.jitter_buffer_depth));
+        char line[160];
         if (liveLine) {
-            std::printf("audio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu", latencyMs,
-                        networkMs, timestamps.jbmDepth);
-            std::fflush(stdout);
+            std::snprintf(line, sizeof(line),
+                          "audio latency %8.3f ms | network delay %8.3f ms | jitter buffer %4llu", latencyMs,
+                          networkMs, static_cast<unsigned long long>(timestamps.jitter_buffer_depth));
+            output.write(line);
             lineShown = true;
         } else if (csv) {
-            std::printf("%llu,%llu,%llu,%llu,%.3f,%.3f\n", timestamps.tCap, timestamps.tRdr, timestamps.tRcv,
-                        timestamps.jbmDepth, latencyMs, networkMs);
-            std::fflush(stdout);
+            std::snprintf(line, sizeof(line), "%llu,%llu,%llu,%llu,%.3f,%.3f\n",
+                          static_cast<unsigned long long>(timestamps.capture),
+                          static_cast<unsigned long long>(timestamps.rendering),
+                          static_cast<unsigned long long>(timestamps.receiving),
+                          static_cast<unsigned long long>(timestamps.jitter_buffer_depth), latencyMs,
+                          networkMs);
+            output.write(line);
         } else {
-            _output.print(
-                "timestamps", result,
-                {timestampField("capture", timestamps.tCap), timestampField("rendering", timestamps.tRdr),
-                 timestampField("receiving", timestamps.tRcv),
-                 numberField("jitterBufferDepth", timestamps.jbmDepth),
-                 decimalField("audioLatencyMs", latencyMs), decimalField("networkDelayMs", networkMs)});
+            output.print("timestamps", outcome,
+                         {timestampField("capture", timestamps.capture),
+                          timestampField("rendering", timestamps.rendering),
+                          timestampField("receiving", timestamps.receiving),
+                          numberField("jitterBufferDepth", timestamps.jitter_buffer_depth),
+                          decimalField("audioLatencyMs", latencyMs),
+                          decimalField("networkDelayMs", networkMs)});
         }
     }
     if (lineShown) {
-        std::printf("\n");
+        output.write("\n");
     }
     if (watch && !csv && lastSuccess) {
-        _output.print(
+        output.print(
             "timestamps statistics", *lastSuccess,
             {numberField("samples", latency.count()), decimalField("audioLatencyMinMs", latency.least()),
              decimalField("audioLatencyMeanMs", latency.mean()),
@@ -194,11 +206,11 @@ int Session::timestamps(unsigned int count, unsigned int intervalMs, bool watch,
     return status;
 }
 
-int Session::videoTimestamps(const LipSyncNtpTimestamps& timestamps)
+int Session::videoTimestamps(const akvo_lipsync_timestamps& timestamps)
 {
-    const Service::ServiceResult result = _service.setVideoTimestamps(timestamps);
-    _output.print("video-ts", result);
-    return exitStatusFor(result);
+    const Outcome outcome = outcomeOf(akvo_lipsync_set_video_timestamps(_service.get(), &timestamps));
+    _output.print("video-ts", outcome);
+    return exitStatusFor(outcome);
 }
 
 } // namespace cli

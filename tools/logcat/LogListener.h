@@ -28,15 +28,14 @@ public:
 
     explicit LogListener(const StopSignals& signals) : _signals(signals) {}
 
-    // On failure `error` holds a one-line reason.
-    tools::OwnedSocket::Outcome bind(const std::string& path, std::string& error)
-    {
-        return _socket.bind(SOCK_DGRAM, path, error);
-    }
+    // Binds the socket and asks for each sender's credentials. On failure
+    // `error` holds a one-line reason.
+    tools::OwnedSocket::Outcome bind(const std::string& path, std::string& error);
 
-    // Waits for the next datagram or a stop signal. Oversized: the datagram
-    // had `size` bytes, more than the buffer holds, and was dropped.
-    Outcome receive(std::vector<uint8_t>& datagram, size_t& size, std::string& error);
+    // Waits for the next datagram or a stop signal; `sender` holds the pid and
+    // the user id of the process that sent it. Oversized: the datagram had
+    // `size` bytes, more than the buffer holds, and was dropped.
+    Outcome receive(std::vector<uint8_t>& datagram, size_t& size, ucred& sender, std::string& error);
 
     LogListener(const LogListener&) = delete;
     LogListener& operator=(const LogListener&) = delete;

@@ -20,6 +20,11 @@ enum class RecordKind
 // a type byte and bytes, or the string of a string event).
 struct LogRecord
 {
+    // The sending process and its user, from the socket's credentials, not
+    // from the record; 0 where none came with it.
+    int32_t pid = 0;
+    uint32_t uid = 0;
+
     uint8_t logId = 0;
     uint16_t threadId = 0;
     uint32_t seconds = 0;

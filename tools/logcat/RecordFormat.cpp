@@ -4,6 +4,7 @@
 #include "RecordDecoder.h"
 #include "TextEscape.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
@@ -38,7 +39,8 @@ int64_t localOffset(int64_t seconds)
     return local.tm_gmtoff;
 }
 
-std::string timeAndThread(const LogRecord& record)
+// "MM-DD HH:MM:SS.mmm" in local time.
+std::string localTime(const LogRecord& record)
 {
     const int64_t local = int64_t{record.seconds} + localOffset(record.seconds);
     const int64_t days = local / 86400 - (local % 86400 < 0 ? 1 : 0);
@@ -53,10 +55,10 @@ std::string timeAndThread(const LogRecord& record)
     const int64_t day = dayOfYear - (153 * shiftedMonth + 2) / 5 + 1;
     const int64_t month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
     char text[64];
-    std::snprintf(text, sizeof(text), "%02d-%02d %02d:%02d:%02d.%03u %u", static_cast<int>(month),
+    std::snprintf(text, sizeof(text), "%02d-%02d %02d:%02d:%02d.%03u", static_cast<int>(month),
                   static_cast<int>(day), static_cast<int>(secondOfDay / 3600),
                   static_cast<int>(secondOfDay / 60 % 60), static_cast<int>(secondOfDay % 60),
-                  record.nanoseconds / 1000000u, static_cast<unsigned>(record.threadId));
+                  record.nanoseconds / 1000000u);
     return text;
 }
 
@@ -84,7 +86,21 @@ std::string describe(const LogRecord& record, const std::string& thread)
 
 std::string formatTextLine(const LogRecord& record)
 {
-    return timeAndThread(record) + ' ' + describe(record, "");
+    return localTime(record) + ' ' + std::to_string(record.threadId) + ' ' + describe(record, "");
+}
+
+std::string formatThreadTimeLine(const LogRecord& record)
+{
+    char ids[32];
+    std::snprintf(ids, sizeof(ids), " %5d %5u ", static_cast<int>(record.pid),
+                  static_cast<unsigned>(record.threadId));
+    if (record.kind != RecordKind::Text) {
+        return localTime(record) + ids + describe(record, "");
+    }
+    std::string tag = escapeControlCharacters(record.tag);
+    tag.resize(std::max<size_t>(tag.size(), 8), ' ');
+    return localTime(record) + ids + priorityLetter(record.priority) + ' ' + tag + ": " +
+           escapeControlCharacters(record.message);
 }
 
 std::string formatBriefLine(const LogRecord& record)
@@ -96,6 +112,8 @@ std::string formatJsonLine(const LogRecord& record)
 {
     tools::JsonObject object;
     object.number("id", record.logId)
+        .number("pid", record.pid)
+        .number("uid", record.uid)
         .number("tid", record.threadId)
         .number("sec", record.seconds)
         .number("nsec", record.nanoseconds);
@@ -103,6 +121,7 @@ std::string formatJsonLine(const LogRecord& record)
     case RecordKind::Text:
         object.text("kind", "text")
             .number("priority", record.priority)
+            .text("level", std::string(1, priorityLetter(record.priority)))
             .text("tag", record.tag)
             .text("message", record.message);
         break;
@@ -129,6 +148,8 @@ std::string formatLine(const LogRecord& record, LineFormat format)
         return formatBriefLine(record);
     case LineFormat::Json:
         return formatJsonLine(record);
+    case LineFormat::ThreadTime:
+        return formatThreadTimeLine(record);
     case LineFormat::Time:
         break;
     }

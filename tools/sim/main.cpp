@@ -1,3 +1,4 @@
+#include "BrokenPipes.h"
 #include "Engine.h"
 #include "ExitStatus.h"
 #include "ListeningSocket.h"
@@ -15,6 +16,7 @@ using velmo::kvo::tools::usageError;
 
 int main(int argc, char** argv)
 {
+    velmo::kvo::tools::ignoreBrokenPipes();
     Options options;
     if (std::optional<int> status = parseOptions(argc, argv, options)) {
         return *status;

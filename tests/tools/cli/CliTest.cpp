@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -133,14 +135,19 @@ INSTANTIATE_TEST_SUITE_P(
             "delay margin 101 is not in range [0..100]\",\"delayMs\":101}\n"}),
     [](const ::testing::TestParamInfo<CommandCase>& info) { return std::string(info.param.name); });
 
+// A table on standard output takes no failure lines, not even the connection's.
 TEST(Cli, CannotConnectIsItsOwnClass)
 {
+    const std::string failure =
+        "connect: Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code "
+        "20002): Unable to connect to /tmp/akvo-cli-nobody-listens ";
     const ProgramOutput run = cli({"--socket", "/tmp/akvo-cli-nobody-listens", "caps"});
     EXPECT_EQ(3, run.exitStatus);
-    EXPECT_EQ(0u, run.standardOutput.find(
-                      "connect: Cannot connect to Audio KVO (Code 1004): {Connection has "
-                      "failed (Code 20002): Unable to connect to /tmp/akvo-cli-nobody-listens "))
-        << run.standardOutput;
+    EXPECT_EQ(0u, run.standardOutput.find(failure)) << run.standardOutput;
+    const ProgramOutput csv = cli({"--socket", "/tmp/akvo-cli-nobody-listens", "timestamps", "--csv"});
+    EXPECT_EQ(3, csv.exitStatus);
+    EXPECT_EQ("", csv.standardOutput);
+    EXPECT_NE(std::string::npos, csv.standardError.find(failure)) << csv.standardError;
 }
 
 TEST(Cli, UsageErrorsExitWithTwo)
@@ -305,6 +312,34 @@ TEST(Cli, ShellReportsBadLinesAndGoesOn)
     EXPECT_EQ(run.standardOutput.size(), position) << "nothing runs after quit";
 }
 
+// Writing to an engine that hung up fails with EPIPE: the shell reports it
+// and goes on instead of dying of SIGPIPE.
+TEST(Cli, ShellGoesOnAfterTheEngineHangsUp)
+{
+    SimulatorProcess simulator({"--fault", "1:close"});
+    const ProgramOutput run =
+        cli({"--socket", simulator.socketPath(), "shell"}, "connect\ntimestamps\ntimestamps\ncaps\n");
+    EXPECT_EQ(0, run.exitStatus) << run.standardError;
+    const std::string hungUp =
+        "timestamps: An error has occured in the transport layer (Code 1005): {Connection "
+        "closed by distant (Code 5905): {Protocol has been closed by distant (Code "
+        "40005): {Closed by distant (Code 10003)}}}\n";
+    EXPECT_EQ("connect: Success socket=" + simulator.socketPath() + "\n" + hungUp + hungUp +
+                  "caps: Success granularityMs=20 maxAudioDelayMargin=100\n",
+              run.standardOutput);
+}
+
+// An engine that never answers: the call gives up (the option may follow the command).
+TEST(Cli, TimeoutEndsACallThatTheEngineHolds)
+{
+    SimulatorProcess simulator({"--fault", "*:delay:100000"});
+    const ProgramOutput run = cli({"--socket", simulator.socketPath(), "timestamps", "--timeout-ms", "50"});
+    EXPECT_EQ(9, run.exitStatus);
+    EXPECT_EQ(0u, run.standardOutput.find(
+                      "timestamps: Deadline exceeded (Code 1100): No answer within 50 ms, disconnected {"))
+        << run.standardOutput;
+}
+
 TEST(Cli, LibraryLogLinesGoToStandardError)
 {
     SimulatorProcess simulator;
@@ -332,6 +367,30 @@ TEST(Cli, WatchCountsSamples)
                   "networkDelayMaxMs=0.100 jitterBufferDepthMin=40 jitterBufferDepthMean=40.000 "
                   "jitterBufferDepthMax=40\n",
               run.standardOutput);
+}
+
+// --watch samples until it is stopped, here by its reader going away: status
+// 1 and a word on standard error.
+TEST(Cli, WatchSamplesUntilItsOutputIsClosed)
+{
+    SimulatorProcess simulator({"--fixed"});
+    int output[2];
+    ASSERT_EQ(0, pipe2(output, O_CLOEXEC));
+    const int error = memfd_create("stderr", MFD_CLOEXEC);
+    const pid_t pid = akvo::test::startProgram(
+        {AKVO_CLI_PATH, "--socket", simulator.socketPath(), "timestamps", "--watch", "--interval-ms", "1"},
+        STDIN_FILENO, output[1], error);
+    close(output[1]);
+    std::FILE* lines = fdopen(output[0], "r");
+    char line[512];
+    for (int sample = 0; sample < 3 && std::fgets(line, sizeof(line), lines) != nullptr; ++sample) {
+        EXPECT_EQ(0, std::strncmp(line, "timestamps: Success", 19)) << line;
+    }
+    std::fclose(lines);
+    EXPECT_EQ(1, WEXITSTATUS(akvo::test::reapWithin(pid, 10000)));
+    EXPECT_NE(std::string::npos, akvo::test::fileText(error).find(
+                                     "akvo-lipsync: cannot write to standard output: Broken pipe\n"));
+    close(error);
 }
 
 TEST(Cli, CsvEndsAtAFailureWhichGoesToStandardError)
@@ -395,6 +454,9 @@ TEST_P(JsonShell, PrintsObjectsWithACode)
 INSTANTIATE_TEST_SUITE_P(
     Cli, JsonShell,
     ::testing::Values(
+        JsonShellCase{"UnknownCommand", "bogus x\n",
+                      "{\"command\":\"bogus x\",\"code\":2,\"result\":\"unknown command \\\"bogus\\\"; help "
+                      "lists the commands\"}\n"},
         JsonShellCase{"UsageError", "caps extra\n",
                       "{\"command\":\"caps extra\",\"code\":2,\"result\":\"The following argument was not "
                       "expected: extra\"}\n"},
@@ -447,8 +509,9 @@ INSTANTIATE_TEST_SUITE_P(
                           "connect\nconnect\nhelp\ncaps --help\nbogus\n\xff\ntimestamps --watch --count 1\n"
                           "disconnect\nconnect /tmp/\xff\n"}));
 
-// On a terminal the shell reads with libedit: a prompt, and the session's
-// history (Ctrl-P brings back the line before).
+// On a terminal the shell reads with libedit: a prompt, the session's
+// history (Ctrl-P brings back the line before), and Ctrl-C drops the line
+// being typed for a new prompt, as shells do.
 TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
 {
 #ifndef AKVO_LINE_EDITING
@@ -460,8 +523,11 @@ TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
     ASSERT_EQ(0, unlockpt(terminal));
     const int side = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_LE(0, side);
+    // In a session of its own with the terminal as its controlling one, so
+    // that Ctrl-C signals the shell as it would at a user's terminal.
     const pid_t pid = akvo::test::startProgram(
-        {AKVO_CLI_PATH, "--socket", "/tmp/akvo-cli-nobody-listens", "shell"}, side, side, side);
+        {"/usr/bin/setsid", "--ctty", AKVO_CLI_PATH, "--socket", "/tmp/akvo-cli-nobody-listens", "shell"},
+        side, side, side);
     close(side);
     std::string screen;
     // The screen so far, once `text` has appeared `times` times or after 5 s.
@@ -493,11 +559,16 @@ TEST(Cli, ShellOnATerminalHasAPromptAndHistory)
     };
     const std::string answer = "get-margin: Bad state (Code 1003): Not connected to the audio KVO";
     EXPECT_EQ(1u, until("akvo> ", 1));
-    EXPECT_EQ(11, type("get-margin\r"));
+    EXPECT_EQ(4, type("caps"));
+    EXPECT_EQ(1u, until("caps", 1));
+    EXPECT_EQ(1, type("\x03"));
     EXPECT_EQ(2u, until("akvo> ", 2));
+    EXPECT_NE(std::string::npos, screen.find("akvo> caps^C\r\nakvo> ")) << screen;
+    EXPECT_EQ(11, type("get-margin\r"));
+    EXPECT_EQ(3u, until("akvo> ", 3));
     EXPECT_EQ(2, type("\x10\r"));
     EXPECT_EQ(2u, until(answer, 2)) << screen;
-    EXPECT_EQ(3u, until("akvo> ", 3));
+    EXPECT_EQ(4u, until("akvo> ", 4));
     EXPECT_EQ(1, type("\x04"));
     const int status = akvo::test::reapWithin(pid, 5000);
     close(terminal);

@@ -7,9 +7,12 @@
 #include <algorithm>
 #include <cctype>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace std::string_literals;
@@ -103,6 +106,13 @@ void sendDatagram(const std::string& path, const std::string& bytes)
     close(fd);
 }
 
+// The JSON members that the kernel's credentials give for the records that
+// this process sends.
+std::string sender()
+{
+    return R"("pid":)" + std::to_string(getpid()) + R"(,"uid":)" + std::to_string(getuid());
+}
+
 // Thread 77, 1970-02-01 01:01:01.123456789 UTC.
 std::string datagram(uint8_t logId, const std::string& payload)
 {
@@ -125,11 +135,15 @@ TEST(Logcat, WarnsAboutMalformedDatagramsAndGoesOn)
         "akvo-logcat: listening on " + path + "\n" +
             "akvo-logcat: skipped malformed record: datagram of 5 bytes, shorter than the 11-byte record "
             "header\n"
-            R"({"id":1,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":4,"tag":"RILJ",)"
-            R"("message":"m"})"
+            R"({"id":1,)" +
+            sender() +
+            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":4,)"
+            R"("level":"I","tag":"RILJ","message":"m"})"
             "\nakvo-logcat: skipped malformed record: string event declares 9 bytes but carries 3\n"
-            R"({"id":2,"tid":77,"sec":2682061,"nsec":123456789,"kind":"binary","event":42,"type":1,)"
-            R"("payload":"aabb"})"
+            R"({"id":2,)" +
+            sender() +
+            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"binary","event":42,)"
+            R"("type":1,"payload":"aabb"})"
             "\n",
         logcat.outputUntil("aabb\"}\n"));
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
@@ -139,7 +153,7 @@ struct ShownCase
 {
     const char* name;
     std::vector<std::string> options;
-    const char* shown;
+    std::string shown;
 };
 
 class LogcatShows : public ::testing::TestWithParam<ShownCase>
@@ -172,23 +186,26 @@ TEST_P(LogcatShows, TheRecordsItsFiltersLetThroughInItsFormat)
 
 INSTANTIATE_TEST_SUITE_P(
     Filters, LogcatShows,
-    ::testing::Values(
-        ShownCase{"brief",
-                  {"-v", "brief"},
-                  "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
-        ShownCase{
-            "tag", {"--format", "brief", "AKVO:W"}, "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
-        ShownCase{
-            "silent", {"-v", "brief", "AKVO:I", "*:S"}, "I/AKVO(77): one\nW/AKVO(77): two\nF/END(77): end\n"},
-        ShownCase{
-            "json",
-            {"-v", "json", "RILJ:E", "*:S"},
-            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":6,"tag":"RILJ",)"
-            R"("message":"three"})"
-            "\n"
-            R"({"id":0,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":7,"tag":"END",)"
-            R"("message":"end"})"
-            "\n"}),
+    ::testing::Values(ShownCase{"brief",
+                                {"-v", "brief"},
+                                "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+                      ShownCase{"tag",
+                                {"--format", "brief", "AKVO:W"},
+                                "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
+                      ShownCase{"silent",
+                                {"-v", "brief", "AKVO:I", "*:S"},
+                                "I/AKVO(77): one\nW/AKVO(77): two\nF/END(77): end\n"},
+                      ShownCase{"json",
+                                {"-v", "json", "RILJ:E", "*:S"},
+                                R"({"id":0,)" + sender() +
+                                    R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text",)"
+                                    R"("priority":6,"level":"E","tag":"RILJ","message":"three"})"
+                                    "\n"
+                                    R"({"id":0,)" +
+                                    sender() +
+                                    R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text",)"
+                                    R"("priority":7,"level":"F","tag":"END","message":"end"})"
+                                    "\n"}),
     [](const ::testing::TestParamInfo<ShownCase>& info) { return std::string(info.param.name); });
 
 std::string tempPath(const std::string& name)
@@ -230,6 +247,7 @@ INSTANTIATE_TEST_SUITE_P(Arguments, LogcatUsage,
                          ::testing::Values(UsageCase{{"--socket", tempPath("usage"), "--bogus"}, "--bogus"},
                                            UsageCase{{"--socket", tempPath("usage"), "stray:Q"}, "stray:Q"},
                                            UsageCase{{"--socket", tempPath("usage"), "-v", "long"}, "long"},
+                                           UsageCase{{"--socket", tempPath("usage"), "--pid", "-5"}, "-5"},
                                            UsageCase{{"--socket", tempPath("usage"), "--json", "-v", "brief"},
                                                      "--json"}));
 
@@ -262,5 +280,36 @@ TEST(Logcat, RefusesALiveSocketPathAndReplacesAStaleOne)
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
     EXPECT_NE(0, access(path.c_str(), F_OK));
 }
+
+#ifdef AKVO_CLI_PATH
+// Records of unrelated processes on one socket: a CLI call logs there through
+// AKVO_LOG_SOCKET, then this process sends END. The kernel's credentials tell
+// the two apart, and --pid keeps this process's record alone.
+TEST(Logcat, TellsTheLibrarysRecordsApartByTheirProcess)
+{
+    for (const bool onlyThisProcess : {false, true}) {
+        const std::string path = tempPath(onlyThisProcess ? "one-sender" : "senders");
+        Logcat logcat(onlyThisProcess
+                          ? std::vector<std::string>{"-v", "brief", "--pid", std::to_string(getpid())}
+                          : std::vector<std::string>{"-v", "threadtime"},
+                      path);
+        ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        const pid_t cli = akvo::test::startProgram({"/usr/bin/env", "AKVO_LOG_SOCKET=" + path, AKVO_CLI_PATH,
+                                                    "--socket", "/tmp/akvo-logcat-nobody-listens", "caps"},
+                                                   STDIN_FILENO, nowhere, nowhere);
+        close(nowhere);
+        EXPECT_EQ(3, WEXITSTATUS(akvo::test::reapWithin(cli, 10000)));
+        sendDatagram(path, datagram(0, "\x07"
+                                       "END\0end\0"s));
+        const std::string shown = logcat.outputUntil("end\n");
+        char sender[64];
+        std::snprintf(sender, sizeof(sender), " %5d %5d I AKVOLIPSYNCAPI: Client is connecting ", cli,
+                      cli & 0xffff);
+        EXPECT_EQ(!onlyThisProcess, shown.find(sender) != std::string::npos) << shown;
+        EXPECT_EQ(onlyThisProcess, shown.find("\nF/END(77): end\n") == shown.find('\n')) << shown;
+    }
+}
+#endif
 
 } // namespace

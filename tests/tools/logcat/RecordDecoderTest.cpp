@@ -22,7 +22,7 @@ std::string datagram(uint8_t logId, const std::string& payload)
 std::string lines(int logId, const std::string& text, const std::string& jsonFields)
 {
     return "02-01 01:01:01.123 77 " + text + "\n" + R"({"id":)" + std::to_string(logId) +
-           R"(,"tid":77,"sec":2682061,"nsec":123456789,)" + jsonFields + "}";
+           R"(,"pid":0,"uid":0,"tid":77,"sec":2682061,"nsec":123456789,)" + jsonFields + "}";
 }
 
 class Decoding : public ::testing::TestWithParam<std::pair<std::string, std::string>>
@@ -52,18 +52,23 @@ INSTANTIATE_TEST_SUITE_P(
     Records, Decoding,
     ::testing::Values(
         std::make_pair(datagram(0, "\x04T\0hello\0"s),
-                       lines(0, "I/T: hello", R"("kind":"text","priority":4,"tag":"T","message":"hello")")),
+                       lines(0, "I/T: hello",
+                             R"("kind":"text","priority":4,"level":"I","tag":"T","message":"hello")")),
         std::make_pair(datagram(1, "\x06RILJ\0cut"s),
-                       lines(1, "E/RILJ: cut", R"("kind":"text","priority":6,"tag":"RILJ","message":"cut")")),
+                       lines(1, "E/RILJ: cut",
+                             R"("kind":"text","priority":6,"level":"E","tag":"RILJ","message":"cut")")),
         std::make_pair(datagram(3, "\x09T\0m\0"s),
-                       lines(3, "?/T: m", R"("kind":"text","priority":9,"tag":"T","message":"m")")),
-        std::make_pair(datagram(0, "\x05T\0a\nb\t\x01\"\\ \xe2\x82\xac\0"s),
-                       lines(0, "W/T: a\\nb\\t\\x01\"\\ \xe2\x82\xac",
-                             R"("kind":"text","priority":5,"tag":"T","message":"a\nb\t\u0001\"\\ )"
-                             "\xe2\x82\xac\"")),
-        std::make_pair(datagram(0, "\x07T\0\xff\xe2\x82!\0"s),
-                       lines(0, "F/T: \xff\xe2\x82!",
-                             R"("kind":"text","priority":7,"tag":"T","message":"\ufffd\ufffd\ufffd!")")),
+                       lines(3, "?/T: m",
+                             R"("kind":"text","priority":9,"level":"?","tag":"T","message":"m")")),
+        std::make_pair(
+            datagram(0, "\x05T\0a\nb\t\x01\"\\ \xe2\x82\xac\0"s),
+            lines(0, "W/T: a\\nb\\t\\x01\"\\ \xe2\x82\xac",
+                  R"("kind":"text","priority":5,"level":"W","tag":"T","message":"a\nb\t\u0001\"\\ )"
+                  "\xe2\x82\xac\"")),
+        std::make_pair(
+            datagram(0, "\x07T\0\xff\xe2\x82!\0"s),
+            lines(0, "F/T: \xff\xe2\x82!",
+                  R"("kind":"text","priority":7,"level":"F","tag":"T","message":"\ufffd\ufffd\ufffd!")")),
         std::make_pair(datagram(2, "\x2a\0\0\0\x01\xaa\xbb"s),
                        lines(2, "event 42 (type 1): aabb",
                              R"("kind":"binary","event":42,"type":1,"payload":"aabb")")),
