@@ -1,8 +1,8 @@
 #include "velmo/kvo/sync/Controller.h"
 
-#include "DelayFilter.h"
-#include "MarginLearner.h"
-#include "ReadingCheck.h"
+#include "velmo/kvo/sync/DelayFilter.h"
+#include "velmo/kvo/sync/MarginLearner.h"
+#include "velmo/kvo/sync/ReadingCheck.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,8 +21,7 @@ struct Recovery
     bool active = false;
     bool accepted = false;
     long long acceptedAt = 0;
-    // The raw audio delay before the reconnection, if known, to tell a forgotten margin.
-    bool hadLevel = false;
+    // The raw audio delay before the reconnection, to tell a forgotten margin.
     double beforeMs = 0;
     unsigned fallenReadings = 0;
     bool forgottenReported = false;
@@ -41,7 +40,7 @@ struct Controller::Impl
 
     void takeAudio(long long nowMs, double rawMs, unsigned& events);
     void recover(long long nowMs, double rawMs, unsigned& events);
-    void decide();
+    void decide(long long nowMs);
     void slewVideo(double elapsedMs);
     double skewNoise() const;
     Decision decision(unsigned events) const;
@@ -65,6 +64,8 @@ struct Controller::Impl
     // The margin before the change being watched.
     unsigned marginBeforeChange = 0;
     bool applyWanted = false;
+    bool changedMargin = false;
+    long long marginChangedAt = 0;
     double videoDelay = 0;
     double videoGoal = 0;
     bool infeasible = false;
@@ -107,7 +108,7 @@ Decision Controller::update(const Poll& poll)
     d.polled = true;
     d.lastNowMs = poll.nowMs;
     if (d.audio.ready() && d.video.ready()) {
-        d.decide();
+        d.decide(poll.nowMs);
         d.slewVideo(elapsed);
     }
     return d.decision(events);
@@ -142,8 +143,7 @@ void Controller::Impl::recover(long long nowMs, double rawMs, unsigned& events)
 {
     const double margin = learner.gain() * engineMargin;
     const double fall = recovery.beforeMs - rawMs;
-    const bool fallen =
-        recovery.hadLevel && engineMargin > 0 && fall > std::max(margin / 2, 2 * audio.noise());
+    const bool fallen = engineMargin > 0 && fall > std::max(margin / 2, 2 * audio.noise());
     recovery.fallenReadings = fallen ? recovery.fallenReadings + 1 : 0;
     if (recovery.fallenReadings >= 2 && !recovery.forgottenReported) {
         recovery.forgottenReported = true;
@@ -158,7 +158,7 @@ void Controller::Impl::recover(long long nowMs, double rawMs, unsigned& events)
     }
 }
 
-void Controller::Impl::decide()
+void Controller::Impl::decide(long long nowMs)
 {
     const double gain = learner.gain();
     const double base = audio.level() - video.level();
@@ -173,13 +173,19 @@ void Controller::Impl::decide()
     if (!learner.watching() && !recovery.active && audio.settled() && video.settled()) {
         const double need = videoNeed(targetMargin);
         const bool tooEarly = need < -hysteresis && targetMargin < tuning::maxMarginMs;
-        const bool tooLate = need > step + hysteresis && targetMargin > 0;
+        // A lower margin only saves latency while the video delay holds the skew, so it can wait.
+        const bool calm = !changedMargin || nowMs - marginChangedAt >= tuning::marginLowerHoldMs;
+        const bool tooLate = need > step + hysteresis && targetMargin > 0 && calm;
         if (tooEarly || tooLate) {
             const double steps = std::ceil((tuning::targetSkewMs - base) / step - 1e-9);
             const unsigned wanted = static_cast<unsigned>(std::clamp(
                                         steps, 0.0, double(tuning::maxMarginMs / tuning::marginStepMs))) *
                                     tuning::marginStepMs;
             marginChanged = wanted != targetMargin;
+            if (marginChanged) {
+                changedMargin = true;
+                marginChangedAt = nowMs;
+            }
             applyWanted = applyWanted || marginChanged;
             targetMargin = wanted;
         }
@@ -245,8 +251,10 @@ void Controller::marginApplied(long long nowMs, unsigned marginMs, bool accepted
     }
     if (d.audio.ready()) {
         d.marginBeforeChange = d.engineMargin;
+        // A level that rests on a few readings, whatever the noise seems to be, teaches nothing.
+        const bool known = d.audio.readings() >= tuning::learnReadings;
         d.learner.start(nowMs, d.engineMargin, marginMs, d.audio.level() + d.learner.gain() * d.engineMargin,
-                        d.audio.levelNoise());
+                        known ? d.audio.levelNoise() : HUGE_VAL);
     }
     d.engineMargin = marginMs;
 }
@@ -258,8 +266,8 @@ void Controller::reconnected()
     d.applyWanted = true;
     d.learner.cancel();
     d.recovery = Recovery();
-    d.recovery.active = true;
-    d.recovery.hadLevel = d.audio.ready();
+    // Before the first audio level there is nothing the engine's state could spoil.
+    d.recovery.active = d.audio.ready();
     d.recovery.beforeMs = d.audio.level() + d.learner.gain() * d.engineMargin;
 }
 

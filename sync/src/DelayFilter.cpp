@@ -1,4 +1,4 @@
-#include "DelayFilter.h"
+#include "velmo/kvo/sync/DelayFilter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,14 +35,41 @@ bool DelayFilter::add(double delayMs)
         restart({delayMs});
         return false;
     }
+    if (_confirming) {
+        return confirm(delayMs);
+    }
     const double residual = delayMs - _level;
     if (accumulate(residual, _upSum, _upRun, delayMs) || accumulate(-residual, _downSum, _downRun, delayMs)) {
-        return true;
+        return false;
     }
-
     _window.push_back(delayMs);
     if (_window.size() > tuning::filterWindow) {
         _window.pop_front();
+    }
+    updateLevel();
+    return false;
+}
+
+bool DelayFilter::confirm(double delayMs)
+{
+    _since.push_back(delayMs);
+    _window.push_back(delayMs);
+    updateLevel();
+    if (_since.size() < tuning::minStepReadings) {
+        return false;
+    }
+    _confirming = false;
+    const double mean =
+        std::accumulate(_since.begin(), _since.end(), 0.0) / static_cast<double>(_since.size());
+    if (std::fabs(mean - _stepLevel) <= std::fabs(mean - _beforeLevel)) {
+        return true;
+    }
+    _window = _before;
+    for (double reading : _since) {
+        _window.push_back(reading);
+        if (_window.size() > tuning::filterWindow) {
+            _window.pop_front();
+        }
     }
     updateLevel();
     return false;
@@ -62,7 +89,12 @@ bool DelayFilter::accumulate(double distanceMs, double& sum, std::deque<double>&
     if (sum < alarm) {
         return false;
     }
+    _before = _window;
+    _beforeLevel = _level;
     restart(std::deque<double>(run));
+    _stepLevel = _level;
+    _confirming = true;
+    _since.clear();
     return true;
 }
 

@@ -1,4 +1,4 @@
-#include "MarginLearner.h"
+#include "velmo/kvo/sync/MarginLearner.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "ReadingCheck.h"
+#include "velmo/kvo/sync/ReadingCheck.h"
 
 #include "velmo/kvo/sync/Controller.h"
 #include "velmo/kvo/sync/NtpDuration.h"

@@ -50,7 +50,7 @@ constexpr double maxVideoDelayMs = 500;
 
 /// Filter: each side's delay is the mean of the middle half of its last
 /// readings since its last step, at most this many.
-constexpr unsigned filterWindow = 25;
+constexpr unsigned filterWindow = 50;
 /// Steps: a two-sided cumulative sum of each reading's distance from the level
 /// beyond a slack (stepSlackNoise times the noise, plus the uncertainty of the
 /// level itself), each reading adding at most 1/minStepReadings of the alarm
@@ -58,7 +58,7 @@ constexpr unsigned filterWindow = 25;
 /// minStepMs) is a step, and the window restarts from the readings that made
 /// it. A large step is thus followed in minStepReadings readings, a small one
 /// in a few more, and noise alone does not make one.
-constexpr double stepSlackNoise = 1.5;
+constexpr double stepSlackNoise = 1;
 constexpr double stepAlarmNoise = 5;
 constexpr double minStepMs = 12;
 constexpr unsigned minStepReadings = 3;
@@ -82,6 +82,11 @@ constexpr double deadBandNoiseFactor = 3;
 /// that sits near the point between two margins does not make them alternate.
 constexpr double minHysteresisMs = 10;
 constexpr double hysteresisNoiseFactor = 3;
+/// The margin is lowered no sooner than this after its last change: a lower
+/// margin only saves latency while the video delay holds the skew, so it
+/// waits until the filter has settled. A higher one never waits: without it
+/// the audio would be early.
+constexpr long long marginLowerHoldMs = 10000;
 
 /// Before the first margin change has been seen at work, a change is assumed
 /// to move the audio delay by its size (gain 1) after this lag.
@@ -93,6 +98,9 @@ constexpr double maxLagMs = 4000;
 /// one disturbed by something else.
 constexpr double minGain = 0.5;
 constexpr double maxGain = 1.5;
+/// A change teaches something only when the audio level before it rests on
+/// at least this many readings.
+constexpr unsigned learnReadings = 12;
 /// Readings averaged after a change is seen at work, to measure its size.
 constexpr unsigned gainReadings = 4;
 /// The gain is a least-squares fit over the changes seen, each weighed by its
