@@ -167,30 +167,32 @@ void Controller::Impl::decide(long long nowMs)
     const double deadBand = std::max(tuning::minDeadBandMs, tuning::deadBandNoiseFactor * noise);
     // The video delay that margin m needs to bring the skew to the target.
     auto videoNeed = [&](unsigned m) { return base + gain * m - tuning::targetSkewMs; };
-    const double step = gain * tuning::marginStepMs;
 
-    bool marginChanged = false;
-    if (!learner.watching() && !recovery.active && audio.settled() && video.settled()) {
+    unsigned planned = targetMargin;
+    if (!learner.watching() && !recovery.active) {
         const double need = videoNeed(targetMargin);
         const bool tooEarly = need < -hysteresis && targetMargin < tuning::maxMarginMs;
         // A lower margin only saves latency while the video delay holds the skew, so it can wait.
         const bool calm = !changedMargin || nowMs - marginChangedAt >= tuning::marginLowerHoldMs;
-        const bool tooLate = need > step + hysteresis && targetMargin > 0 && calm;
+        const bool tooLate = need > gain * tuning::marginStepMs + hysteresis && targetMargin > 0 && calm;
         if (tooEarly || tooLate) {
-            const double steps = std::ceil((tuning::targetSkewMs - base) / step - 1e-9);
-            const unsigned wanted = static_cast<unsigned>(std::clamp(
-                                        steps, 0.0, double(tuning::maxMarginMs / tuning::marginStepMs))) *
-                                    tuning::marginStepMs;
-            marginChanged = wanted != targetMargin;
-            if (marginChanged) {
-                changedMargin = true;
-                marginChangedAt = nowMs;
-            }
-            applyWanted = applyWanted || marginChanged;
-            targetMargin = wanted;
+            const double steps =
+                std::ceil((tuning::targetSkewMs - base) / (gain * tuning::marginStepMs) - 1e-9);
+            planned = static_cast<unsigned>(
+                          std::clamp(steps, 0.0, double(tuning::maxMarginMs / tuning::marginStepMs))) *
+                      tuning::marginStepMs;
         }
     }
-    const double goal = std::clamp(videoNeed(targetMargin), 0.0, tuning::maxVideoDelayMs);
+    // A change planned while a step is being confirmed waits for the confirmation,
+    // but the video delay already heads where it will be needed.
+    const bool marginChanged = planned != targetMargin && audio.settled() && video.settled();
+    if (marginChanged) {
+        changedMargin = true;
+        marginChangedAt = nowMs;
+        applyWanted = true;
+        targetMargin = planned;
+    }
+    const double goal = std::clamp(videoNeed(planned), 0.0, tuning::maxVideoDelayMs);
     if (marginChanged || std::fabs(goal - videoGoal) > deadBand) {
         videoGoal = goal;
     }
