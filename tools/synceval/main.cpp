@@ -6,6 +6,7 @@
 #include "Scenario.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -70,6 +71,11 @@ int main(int argc, char** argv)
         if (!scenario::loadScenario(files[i], scenarios[i], error)) {
             return tools::reportUsageError(app, error);
         }
+    }
+    std::error_code made;
+    if (!plots.empty() && (std::filesystem::create_directories(plots, made), made)) {
+        std::cerr << programName << ": cannot make " << plots << ": " << made.message() << std::endl;
+        return 1;
     }
     unsigned passed = 0;
     for (const scenario::Scenario& scenario : scenarios) {
