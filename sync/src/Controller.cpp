@@ -38,12 +38,121 @@ struct Controller::Impl
     {
     }
 
-    void takeAudio(long long nowMs, double rawMs, unsigned& events);
-    void recover(long long nowMs, double rawMs, unsigned& events);
-    void decide(long long nowMs);
-    void slewVideo(double elapsedMs);
-    double skewNoise() const;
-    Decision decision(unsigned events) const;
+    void takeAudio(long long nowMs, double rawMs, unsigned& events)
+    {
+        if (recovery.active) {
+            return recover(nowMs, rawMs, events);
+        }
+        std::deque<double> readings = {rawMs};
+        if (learner.watching()) {
+            const double gainBefore = learner.gain();
+            const MarginLearner::Outcome outcome = learner.observe(nowMs, rawMs, audio.noise(), readings);
+            if (outcome == MarginLearner::Outcome::Watching) {
+                return;
+            }
+            if (outcome == MarginLearner::Outcome::Learnt) {
+                events |= MarginLearnt;
+            }
+            // The readings before the change were corrected with the old gain.
+            audio.shift(-(learner.gain() - gainBefore) * marginBeforeChange);
+        }
+        for (double raw : readings) {
+            if (audio.add(raw - learner.gain() * engineMargin)) {
+                events |= AudioStep;
+            }
+        }
+    }
+
+    void recover(long long nowMs, double rawMs, unsigned& events)
+    {
+        const double margin = learner.gain() * engineMargin;
+        const double fall = recovery.beforeMs - rawMs;
+        const bool fallen = engineMargin > 0 && fall > std::max(margin / 2, 2 * audio.noise());
+        recovery.fallenReadings = fallen ? recovery.fallenReadings + 1 : 0;
+        if (recovery.fallenReadings >= 2 && !recovery.forgottenReported) {
+            recovery.forgottenReported = true;
+            events |= MarginForgotten;
+        }
+        if (recovery.accepted &&
+            static_cast<double>(nowMs - recovery.acceptedAt) >= learner.lagMs() + 2.0 * pollIntervalMs) {
+            recovery.active = false;
+            if (audio.add(rawMs - margin)) {
+                events |= AudioStep;
+            }
+        }
+    }
+
+    void decide(long long nowMs)
+    {
+        const double gain = learner.gain();
+        const double base = audio.level() - video.level();
+        const double noise = skewNoise();
+        const double hysteresis = std::max(tuning::minHysteresisMs, tuning::hysteresisNoiseFactor * noise);
+        const double deadBand = std::max(tuning::minDeadBandMs, tuning::deadBandNoiseFactor * noise);
+        // The video delay that margin m needs to bring the skew to the target.
+        auto videoNeed = [&](unsigned m) { return base + gain * m - tuning::targetSkewMs; };
+
+        unsigned planned = targetMargin;
+        if (!learner.watching() && !recovery.active) {
+            const double need = videoNeed(targetMargin);
+            const bool tooEarly = need < -hysteresis && targetMargin < tuning::maxMarginMs;
+            // A lower margin only saves latency while the video delay holds the skew, so it can wait.
+            const bool calm = !changedMargin || nowMs - marginChangedAt >= tuning::marginLowerHoldMs;
+            const bool tooLate = need > gain * tuning::marginStepMs + hysteresis && targetMargin > 0 && calm;
+            if (tooEarly || tooLate) {
+                const double steps =
+                    std::ceil((tuning::targetSkewMs - base) / (gain * tuning::marginStepMs) - 1e-9);
+                planned = static_cast<unsigned>(
+                              std::clamp(steps, 0.0, double(tuning::maxMarginMs / tuning::marginStepMs))) *
+                          tuning::marginStepMs;
+            }
+        }
+        // A change planned while a step is being confirmed waits for the confirmation,
+        // but the video delay already heads where it will be needed.
+        const bool marginChanged = planned != targetMargin && audio.settled() && video.settled();
+        if (marginChanged) {
+            changedMargin = true;
+            marginChangedAt = nowMs;
+            applyWanted = true;
+            targetMargin = planned;
+        }
+        const double goal = std::clamp(videoNeed(planned), 0.0, tuning::maxVideoDelayMs);
+        if (marginChanged || std::fabs(goal - videoGoal) > deadBand) {
+            videoGoal = goal;
+        }
+        const double lowest = base + gain * tuning::maxMarginMs;
+        const double highest = base - tuning::maxVideoDelayMs;
+        infeasible = infeasible ? lowest < tuning::windowLowMs + hysteresis ||
+                                      highest > tuning::windowHighMs + hysteresis
+                                : lowest < tuning::windowLowMs || highest > tuning::windowHighMs;
+    }
+
+    void slewVideo(double elapsedMs)
+    {
+        const double limit = std::min(tuning::videoRateMsPerS * elapsedMs / 1000, tuning::maxVideoStepMs);
+        videoDelay += std::clamp(videoGoal - videoDelay, -limit, limit);
+    }
+
+    double skewNoise() const { return std::hypot(audio.levelNoise(), video.levelNoise()); }
+
+    Decision decision(unsigned events) const
+    {
+        Decision out{};
+        out.marginMs = targetMargin;
+        out.applyMargin = applyWanted;
+        out.videoDelayMs = videoDelay;
+        out.events = events;
+        out.infeasible = infeasible;
+        const bool ready = audio.ready() && video.ready();
+        out.state = !ready                              ? State::Starting
+                    : recovery.active                   ? State::Recovering
+                    : learner.watching() || applyWanted ? State::MarginPending
+                                                        : State::Tracking;
+        const double base = ready ? audio.level() - video.level() : 0;
+        out.uncorrectedSkewMs = base;
+        out.skewMs = ready ? base + learner.gain() * engineMargin - videoDelay : 0;
+        return out;
+    }
 
     unsigned pollIntervalMs;
     MarginLearner learner;
@@ -112,125 +221,6 @@ Decision Controller::update(const Poll& poll)
         d.slewVideo(elapsed);
     }
     return d.decision(events);
-}
-
-void Controller::Impl::takeAudio(long long nowMs, double rawMs, unsigned& events)
-{
-    if (recovery.active) {
-        return recover(nowMs, rawMs, events);
-    }
-    std::deque<double> readings = {rawMs};
-    if (learner.watching()) {
-        const double gainBefore = learner.gain();
-        const MarginLearner::Outcome outcome = learner.observe(nowMs, rawMs, audio.noise(), readings);
-        if (outcome == MarginLearner::Outcome::Watching) {
-            return;
-        }
-        if (outcome == MarginLearner::Outcome::Learnt) {
-            events |= MarginLearnt;
-        }
-        // The readings before the change were corrected with the old gain.
-        audio.shift(-(learner.gain() - gainBefore) * marginBeforeChange);
-    }
-    for (double raw : readings) {
-        if (audio.add(raw - learner.gain() * engineMargin)) {
-            events |= AudioStep;
-        }
-    }
-}
-
-void Controller::Impl::recover(long long nowMs, double rawMs, unsigned& events)
-{
-    const double margin = learner.gain() * engineMargin;
-    const double fall = recovery.beforeMs - rawMs;
-    const bool fallen = engineMargin > 0 && fall > std::max(margin / 2, 2 * audio.noise());
-    recovery.fallenReadings = fallen ? recovery.fallenReadings + 1 : 0;
-    if (recovery.fallenReadings >= 2 && !recovery.forgottenReported) {
-        recovery.forgottenReported = true;
-        events |= MarginForgotten;
-    }
-    if (recovery.accepted &&
-        static_cast<double>(nowMs - recovery.acceptedAt) >= learner.lagMs() + 2.0 * pollIntervalMs) {
-        recovery.active = false;
-        if (audio.add(rawMs - margin)) {
-            events |= AudioStep;
-        }
-    }
-}
-
-void Controller::Impl::decide(long long nowMs)
-{
-    const double gain = learner.gain();
-    const double base = audio.level() - video.level();
-    const double noise = skewNoise();
-    const double hysteresis = std::max(tuning::minHysteresisMs, tuning::hysteresisNoiseFactor * noise);
-    const double deadBand = std::max(tuning::minDeadBandMs, tuning::deadBandNoiseFactor * noise);
-    // The video delay that margin m needs to bring the skew to the target.
-    auto videoNeed = [&](unsigned m) { return base + gain * m - tuning::targetSkewMs; };
-
-    unsigned planned = targetMargin;
-    if (!learner.watching() && !recovery.active) {
-        const double need = videoNeed(targetMargin);
-        const bool tooEarly = need < -hysteresis && targetMargin < tuning::maxMarginMs;
-        // A lower margin only saves latency while the video delay holds the skew, so it can wait.
-        const bool calm = !changedMargin || nowMs - marginChangedAt >= tuning::marginLowerHoldMs;
-        const bool tooLate = need > gain * tuning::marginStepMs + hysteresis && targetMargin > 0 && calm;
-        if (tooEarly || tooLate) {
-            const double steps =
-                std::ceil((tuning::targetSkewMs - base) / (gain * tuning::marginStepMs) - 1e-9);
-            planned = static_cast<unsigned>(
-                          std::clamp(steps, 0.0, double(tuning::maxMarginMs / tuning::marginStepMs))) *
-                      tuning::marginStepMs;
-        }
-    }
-    // A change planned while a step is being confirmed waits for the confirmation,
-    // but the video delay already heads where it will be needed.
-    const bool marginChanged = planned != targetMargin && audio.settled() && video.settled();
-    if (marginChanged) {
-        changedMargin = true;
-        marginChangedAt = nowMs;
-        applyWanted = true;
-        targetMargin = planned;
-    }
-    const double goal = std::clamp(videoNeed(planned), 0.0, tuning::maxVideoDelayMs);
-    if (marginChanged || std::fabs(goal - videoGoal) > deadBand) {
-        videoGoal = goal;
-    }
-    const double lowest = base + gain * tuning::maxMarginMs;
-    const double highest = base - tuning::maxVideoDelayMs;
-    infeasible =
-        infeasible ? lowest < tuning::windowLowMs + hysteresis || highest > tuning::windowHighMs + hysteresis
-                   : lowest < tuning::windowLowMs || highest > tuning::windowHighMs;
-}
-
-void Controller::Impl::slewVideo(double elapsedMs)
-{
-    const double limit = std::min(tuning::videoRateMsPerS * elapsedMs / 1000, tuning::maxVideoStepMs);
-    videoDelay += std::clamp(videoGoal - videoDelay, -limit, limit);
-}
-
-double Controller::Impl::skewNoise() const
-{
-    return std::hypot(audio.levelNoise(), video.levelNoise());
-}
-
-Decision Controller::Impl::decision(unsigned events) const
-{
-    Decision out{};
-    out.marginMs = targetMargin;
-    out.applyMargin = applyWanted;
-    out.videoDelayMs = videoDelay;
-    out.events = events;
-    out.infeasible = infeasible;
-    const bool ready = audio.ready() && video.ready();
-    out.state = !ready                              ? State::Starting
-                : recovery.active                   ? State::Recovering
-                : learner.watching() || applyWanted ? State::MarginPending
-                                                    : State::Tracking;
-    const double base = ready ? audio.level() - video.level() : 0;
-    out.uncorrectedSkewMs = base;
-    out.skewMs = ready ? base + learner.gain() * engineMargin - videoDelay : 0;
-    return out;
 }
 
 void Controller::marginApplied(long long nowMs, unsigned marginMs, bool accepted)

@@ -9,6 +9,26 @@ namespace sync {
 
 using lipsyncapi::Service;
 
+namespace {
+
+// Keeps the text of a failure; after a transport failure it closes the
+// connection: part of an answer may still wait on it, and the engine may have
+// restarted, so the next poll starts on a new one.
+Service::ResultCode note(const Service::ServiceResult& result, Service& service, bool& connected,
+                         std::string& lastFailure)
+{
+    if (result.isFailure()) {
+        lastFailure = result.format();
+    }
+    if (result.getErrorCode() == Service::TransportError) {
+        service.disconnect();
+        connected = false;
+    }
+    return result.getErrorCode();
+}
+
+} // namespace
+
 Runner::Runner(const std::string& socketPath, unsigned pollIntervalMs)
     : _controller(pollIntervalMs), _socketPath(socketPath), _pollIntervalMs(pollIntervalMs)
 {
@@ -22,7 +42,7 @@ RunnerReport Runner::poll(long long nowMs, const VideoTimestamps* video)
     report.timestampsCode = Service::Success;
     report.marginCode = Service::Success;
     if (!_connected) {
-        report.timestampsCode = note(_service.connect(_socketPath));
+        report.timestampsCode = note(_service.connect(_socketPath), _service, _connected, _lastFailure);
         _connected = report.timestampsCode == Service::Success;
         if (_connected) {
             _controller.reconnected();
@@ -31,30 +51,18 @@ RunnerReport Runner::poll(long long nowMs, const VideoTimestamps* video)
     Poll poll{
         nowMs, false, {0, 0, 0, 0}, video != nullptr, video != nullptr ? *video : VideoTimestamps{0, 0}};
     if (_connected) {
-        report.timestampsCode = note(_service.getAudioTimestamps(poll.audio));
+        report.timestampsCode =
+            note(_service.getAudioTimestamps(poll.audio), _service, _connected, _lastFailure);
         poll.audioValid = report.timestampsCode == Service::Success;
     }
     report.decision = _controller.update(poll);
     if (_connected && report.decision.applyMargin) {
-        report.marginCode = note(_service.setAudioDelayMargin(report.decision.marginMs));
+        report.marginCode =
+            note(_service.setAudioDelayMargin(report.decision.marginMs), _service, _connected, _lastFailure);
         _controller.marginApplied(nowMs, report.decision.marginMs, report.marginCode == Service::Success);
     }
     report.connected = _connected;
     return report;
-}
-
-Service::ResultCode Runner::note(const Service::ServiceResult& result)
-{
-    if (result.isFailure()) {
-        _lastFailure = result.format();
-    }
-    if (result.getErrorCode() == Service::TransportError) {
-        // Part of an answer may still wait on this connection, and the engine
-        // may have restarted: the next poll starts on a new one.
-        _service.disconnect();
-        _connected = false;
-    }
-    return result.getErrorCode();
 }
 
 void Runner::run(const std::function<bool(VideoTimestamps&)>& frame,

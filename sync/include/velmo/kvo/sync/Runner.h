@@ -77,8 +77,6 @@ public:
     const Controller& controller() const { return _controller; }
 
 private:
-    lipsyncapi::Service::ResultCode note(const lipsyncapi::Service::ServiceResult& result);
-
     lipsyncapi::Service _service;
     Controller _controller;
     std::string _socketPath;
