@@ -24,21 +24,21 @@ namespace sync {
  * minus the video's, in milliseconds: positive when the audio is heard late.
  */
 namespace tuning {
-/// ATSC IS-191, the window the controller keeps the skew in: audio at most
-/// 15 ms early and at most 45 ms late.
-constexpr double windowLowMs = -15;
-constexpr double windowHighMs = 45;
-/// ITU-R BT.1359's detectability window, reported alongside.
-constexpr double detectableLowMs = -45;
-constexpr double detectableHighMs = 125;
+/// @name Windows and target
+/// @{
+constexpr double windowLowMs = -15;      ///< ATSC IS-191, kept: audio at most 15 ms early...
+constexpr double windowHighMs = 45;      ///< ...and at most 45 ms late.
+constexpr double detectableLowMs = -45;  ///< ITU-R BT.1359's detectability window, reported alongside...
+constexpr double detectableHighMs = 125; ///< ...up to 125 ms late.
 /// The middle of the IS-191 window, where the controller aims: aiming at 0
 /// would leave 15 ms on the early side and 45 ms on the late side.
 constexpr double targetSkewMs = 15;
+/// @}
 
-/// The audio delay margins the engine takes: 0 to 100 in steps of 20.
-constexpr unsigned marginStepMs = 20;
-constexpr unsigned maxMarginMs = 100;
-
+/// @name Actuators
+/// @{
+constexpr unsigned marginStepMs = 20; ///< The engine takes margins in steps of 20 ms...
+constexpr unsigned maxMarginMs = 100; ///< ...up to 100 ms.
 /// The extra video delay never moves faster than this (a frame shown twice or
 /// skipped now and then, not a visible jump)...
 constexpr double videoRateMsPerS = 150;
@@ -47,78 +47,88 @@ constexpr double maxVideoStepMs = 40;
 /// The extra video delay asked for stays at or below this; a skew that would
 /// need more counts as beyond reach.
 constexpr double maxVideoDelayMs = 500;
+/// @}
 
-/// Filter: each side's delay is the mean of the middle half of its last
-/// readings since its last step, at most this many.
-constexpr unsigned filterWindow = 50;
-/// Steps: a two-sided cumulative sum of each reading's distance from the level
-/// beyond a slack (stepSlackNoise times the noise, plus the uncertainty of the
-/// level itself), each reading adding at most 1/minStepReadings of the alarm
-/// level; a sum that reaches stepAlarmNoise times the noise (and at least
-/// minStepMs) is a step, and the window restarts from the readings that made
-/// it. A large step is thus followed in minStepReadings readings, a small one
-/// in a few more, and noise alone does not make one.
-constexpr double stepSlackNoise = 1;
-constexpr double stepAlarmNoise = 5;
-constexpr double minStepMs = 12;
-constexpr unsigned minStepReadings = 3;
-/// The margin is decided only from windows of at least this many readings.
-constexpr unsigned settledReadings = 3;
-/// Noise: a side's reading noise (standard deviation) is estimated from the
-/// median difference between consecutive readings, over the last this many,
-/// and is taken as initialNoiseMs until minNoiseReadings have come.
+/// @name Filter
+/// Each side's delay is the mean of the middle half of its last readings since
+/// its last step. Steps are found by a two-sided cumulative sum of each
+/// reading's distance from that level beyond a slack (stepSlackNoise times the
+/// noise, plus the uncertainty of the level itself), each reading adding at
+/// most 1/minStepReadings of the alarm level; a sum that reaches
+/// stepAlarmNoise times the noise (and at least minStepMs) is a step, and the
+/// window restarts from the readings that made it. The next minStepReadings
+/// readings confirm the step, or take it back when they lie nearer the level
+/// before it. A large step is thus followed in a few readings, and noise alone
+/// does not make one.
+/// @{
+constexpr unsigned filterWindow = 50;   ///< At most this many readings per side in the filter.
+constexpr double stepSlackNoise = 1;    ///< Slack of the step sums, in noises.
+constexpr double stepAlarmNoise = 5;    ///< Alarm level of the step sums, in noises...
+constexpr double minStepMs = 12;        ///< ...and at least this.
+constexpr unsigned minStepReadings = 3; ///< Readings a step needs at least, and readings that confirm it.
+constexpr unsigned settledReadings =
+    3; ///< The margin is decided only from windows of at least this many readings.
+/// A side's reading noise (standard deviation) is estimated from the median
+/// difference between consecutive readings, over the last this many...
 constexpr unsigned noiseReadings = 40;
-constexpr unsigned minNoiseReadings = 4;
-constexpr double initialNoiseMs = 5;
+constexpr unsigned minNoiseReadings = 4; ///< ...once this many have come...
+constexpr double initialNoiseMs = 5;     ///< ...and is taken as this until then.
+/// @}
 
-/// Dead band: the video delay goal moves only when the skew it would give
-/// strays from the target by more than the larger of this and
-/// deadBandNoiseFactor times the noise of the skew estimate.
+/// @name Dead band and hysteresis
+/// @{
+
+/// The video delay goal moves only when the skew it would give strays from
+/// the target by more than the larger of this and deadBandNoiseFactor times
+/// the noise of the skew estimate.
 constexpr double minDeadBandMs = 8;
-constexpr double deadBandNoiseFactor = 3;
-/// Hysteresis: the margin stays where it is while the video delay can bring
-/// the skew to within this much of the target (the larger of this and
+constexpr double deadBandNoiseFactor = 3; ///< See minDeadBandMs.
+/// The margin stays where it is while the video delay can bring the skew to
+/// within this much of the target (the larger of this and
 /// hysteresisNoiseFactor times the noise of the skew estimate), so a skew
 /// that sits near the point between two margins does not make them alternate.
 constexpr double minHysteresisMs = 10;
-constexpr double hysteresisNoiseFactor = 3;
+constexpr double hysteresisNoiseFactor = 3; ///< See minHysteresisMs.
 /// The margin is lowered no sooner than this after its last change: a lower
 /// margin only saves latency while the video delay holds the skew, so it
 /// waits until the filter has settled. A higher one never waits: without it
 /// the audio would be early.
 constexpr long long marginLowerHoldMs = 10000;
+/// @}
 
-/// Before the first margin change has been seen at work, a change is assumed
-/// to move the audio delay by its size (gain 1) after this lag.
-constexpr double initialGain = 1;
-constexpr double initialLagMs = 300;
-/// A change not seen at work within this time is taken as in effect, unlearnt.
-constexpr double maxLagMs = 4000;
-/// Learnt gains stay in this range; a measurement outside it is dropped as
-/// one disturbed by something else.
-constexpr double minGain = 0.5;
-constexpr double maxGain = 1.5;
-/// A change teaches something only when the audio level before it rests on
-/// at least this many readings.
-constexpr unsigned learnReadings = 12;
-/// Readings averaged after a change is seen at work, to measure its size.
-constexpr unsigned gainReadings = 4;
-/// The gain is a least-squares fit over the changes seen, each weighed by its
-/// precision and earlier ones by gainMemory per newer change, with the initial
-/// gain as a prior of this standard deviation; the lag is smoothed with
-/// lagSmoothing as the weight of the newest measurement.
-constexpr double gainPriorSpread = 0.2;
-constexpr double gainMemory = 0.7;
-constexpr double lagSmoothing = 0.5;
+/// @name Learning what a margin change does
+/// Each accepted change is watched in the raw audio delay until two readings
+/// in a row show half of it; the time since acceptance is a lag measurement,
+/// and the median of the first gainReadings readings from then a gain
+/// measurement. The gain is a least-squares fit over the changes seen, each
+/// weighed by its precision and earlier ones by gainMemory per newer change,
+/// with initialGain as a prior of standard deviation gainPriorSpread; the lag
+/// is smoothed with lagSmoothing as the weight of the newest measurement.
+/// @{
+constexpr double initialGain = 1;    ///< Audio delay per ms of margin assumed before a change is seen.
+constexpr double initialLagMs = 300; ///< Lag assumed before a change is seen.
+constexpr double maxLagMs = 4000;    ///< A change not seen within this is taken as in effect, unlearnt.
+constexpr double minGain = 0.5;      ///< Learnt gains stay in this range, and a measurement...
+constexpr double maxGain = 1.5;      ///< ...outside it is dropped as one disturbed by something else.
+constexpr unsigned learnReadings =
+    12;                              ///< A change teaches only from a level before it of this many readings.
+constexpr unsigned gainReadings = 4; ///< Readings whose median measures the gain.
+constexpr double gainPriorSpread = 0.2; ///< Standard deviation of the initial gain as a prior.
+constexpr double gainMemory = 0.7;      ///< Weight of an earlier change per newer one.
+constexpr double lagSmoothing = 0.5;    ///< Weight of the newest lag measurement.
+/// @}
 
-/// Readings that make no sense: a delay (rendering - capture) below zero or
-/// above this...
+/// @name Readings that make no sense
+/// @{
+
+/// A delay (rendering - capture) below zero or above this...
 constexpr double maxPlausibleDelayMs = 10000;
 /// ...or a capture time that moved, since the side's last good reading, by
 /// more than this away from the time the application says has passed.
 constexpr double maxClockJumpMs = 2000;
 /// A poll later than this many poll intervals after the previous one is reported as a gap.
 constexpr double pollGapIntervals = 3;
+/// @}
 } // namespace tuning
 
 /// The video frame on screen: when it was captured and when it was rendered,
@@ -126,8 +136,8 @@ constexpr double pollGapIntervals = 3;
 /// on the same clock as each other. Its end-to-end delay is rendering - capture.
 struct VideoTimestamps
 {
-    unsigned long long capture;
-    unsigned long long rendering;
+    unsigned long long capture;   ///< When the frame was captured.
+    unsigned long long rendering; ///< When it was rendered.
 };
 
 /// One poll's input.
@@ -204,6 +214,7 @@ struct Decision
     bool applyMargin;
     /// The extra delay to give the video frames from now on, in milliseconds (0 or more).
     double videoDelayMs;
+    /// What the controller is doing.
     State state;
     /// True when the skew is beyond what the margin and the video delay can
     /// bring into the window: the video later than the audio by more than the
