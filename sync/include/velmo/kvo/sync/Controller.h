@@ -11,7 +11,6 @@
 #include "velmo/kvo/common/LipSyncNtpTimestamps.h"
 #include "velmo/utilities/Export.h"
 
-#include <cstdint>
 #include <memory>
 
 namespace velmo {
@@ -182,15 +181,19 @@ enum Event : unsigned
     AudioClockJump = 1u << 3,
     /// No video frame in this poll.
     VideoMissing = 1u << 4,
+    /// Video rendering time before its capture time.
     VideoRenderingBeforeCapture = 1u << 5,
+    /// Video delay above tuning::maxPlausibleDelayMs.
     VideoDelayImplausible = 1u << 6,
+    /// Video capture time jumped against the application's clock.
     VideoClockJump = 1u << 7,
     /// The poll came later than tuning::pollGapIntervals intervals after the previous one.
     PollGap = 1u << 8,
     /// The poll's time was before the previous poll's: the poll was ignored.
     TimeWentBack = 1u << 9,
-    /// The audio (or video) delay stepped: its filter restarted.
+    /// The audio delay stepped, and the readings after the step confirmed it.
     AudioStep = 1u << 10,
+    /// The video delay stepped, and the readings after the step confirmed it.
     VideoStep = 1u << 11,
     /// reconnected() was called since the previous poll.
     Reconnected = 1u << 12,
@@ -223,7 +226,9 @@ struct Decision
     bool infeasible;
     /// The bits of Event that this poll showed.
     unsigned events;
-    /// The skew estimate as the actuators act now (what an observer sees, filtered).
+    /// The skew estimate with the margin the engine accepted last and the
+    /// video delay of this decision: what an observer sees once the margin
+    /// works, filtered.
     double skewMs;
     /// The skew estimate without margin and video delay: what the controller corrects.
     double uncorrectedSkewMs;
@@ -254,8 +259,11 @@ struct MarginResponse
  *   to or past the target, and the video delay takes up the rest (under one
  *   step); while the current margin can still do that within the hysteresis,
  *   the margin stays;
+ *   A lower margin waits tuning::marginLowerHoldMs after the last change;
  * - the video delay follows its goal at most tuning::videoRateMsPerS; the goal
  *   moves only when the skew strays beyond the dead band;
+ * - a step in either delay counts once the readings after it confirm it; the
+ *   video delay already heads where the margin planned for it will need;
  * - a margin change is followed until it is seen in the audio delay, which
  *   measures its gain and lag; meanwhile the audio readings do not move the
  *   estimate and no other margin change is made;
