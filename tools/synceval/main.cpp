@@ -5,11 +5,13 @@
 #include "PlotPage.h"
 #include "Scenario.h"
 
+#include <cerrno>
 #include <cstdio>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <sys/stat.h>
 
 using namespace velmo::kvo;
 using namespace velmo::kvo::synceval;
@@ -72,9 +74,8 @@ int main(int argc, char** argv)
             return tools::reportUsageError(app, error);
         }
     }
-    std::error_code made;
-    if (!plots.empty() && (std::filesystem::create_directories(plots, made), made)) {
-        std::cerr << programName << ": cannot make " << plots << ": " << made.message() << std::endl;
+    if (!plots.empty() && ::mkdir(plots.c_str(), 0777) != 0 && errno != EEXIST) {
+        std::cerr << programName << ": cannot make " << plots << ": " << std::strerror(errno) << std::endl;
         return 1;
     }
     unsigned passed = 0;
