@@ -246,7 +246,7 @@ void Controller::marginApplied(long long nowMs, unsigned marginMs, bool accepted
         // A level that rests on a few readings, whatever the noise seems to be, teaches nothing.
         const bool known = d.audio.readings() >= tuning::learnReadings;
         d.learner.start(nowMs, d.engineMargin, marginMs, d.audio.level() + d.learner.gain() * d.engineMargin,
-                        known ? d.audio.levelNoise() : HUGE_VAL);
+                        d.audio.levelNoise(), known);
     }
     d.engineMargin = marginMs;
 }

@@ -21,9 +21,10 @@ double median(const std::deque<double>& values)
 } // namespace
 
 void MarginLearner::start(long long nowMs, unsigned fromMs, unsigned toMs, double beforeMs,
-                          double beforeNoiseMs)
+                          double beforeNoiseMs, bool teaching)
 {
     _beforeNoiseMs = beforeNoiseMs;
+    _teaching = teaching;
     _watching = true;
     _acceptedAt = nowMs;
     _changeMs = static_cast<double>(toMs) - static_cast<double>(fromMs);
@@ -82,6 +83,9 @@ MarginLearner::Outcome MarginLearner::learn(std::deque<double>& after)
 {
     _watching = false;
     after = _moved;
+    if (!_teaching) {
+        return Outcome::Unlearnt;
+    }
     const double move = median(_moved) - _beforeMs;
     const double gain = move / _changeMs;
     if (gain < tuning::minGain || gain > tuning::maxGain) {

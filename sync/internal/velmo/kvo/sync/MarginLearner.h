@@ -17,6 +17,7 @@ namespace sync {
 // gain measurement, weighed by how precise it is against the initial gain. A
 // change too small to be told from the noise, or made from a level not yet
 // known well, is waited out for the lag learnt so far and teaches nothing.
+// A change watched without teaching ends when seen, and teaches nothing either.
 class MarginLearner
 {
 public:
@@ -36,8 +37,11 @@ public:
 
     // Starts watching a change from `fromMs` to `toMs` accepted at `nowMs`,
     // when the raw audio delay stood at `beforeMs`, known to a standard
-    // deviation of `beforeNoiseMs`.
-    void start(long long nowMs, unsigned fromMs, unsigned toMs, double beforeMs, double beforeNoiseMs);
+    // deviation of `beforeNoiseMs`. A change watched without `teaching` ends
+    // when it is seen, but measures nothing: its level before rests on too
+    // few readings for that.
+    void start(long long nowMs, unsigned fromMs, unsigned toMs, double beforeMs, double beforeNoiseMs,
+               bool teaching);
     bool watching() const { return _watching; }
     void cancel() { _watching = false; }
     // Feeds one raw audio delay. When the watch ends, `after` holds the raw
@@ -60,6 +64,7 @@ private:
     double _changeMs = 0;
     double _beforeMs = 0;
     double _beforeNoiseMs = 0;
+    bool _teaching = false;
     double _noiseMs = 0;
     long long _lastReadingAt = 0;
     // Readings beyond the threshold since `_movedFrom`; two of them mark the change seen.
