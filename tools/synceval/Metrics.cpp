@@ -56,12 +56,13 @@ std::string percent(double value)
     return out.str();
 }
 
-} // namespace
-
+// The settle allowance of every step.
 double allowanceMs(const scenario::Scenario& scenario)
 {
     return 2000 + 2.0 * scenario.pollMs + scenario.marginLagMs;
 }
+
+} // namespace
 
 Measures measure(const scenario::Scenario& scenario, const Trace& trace)
 {

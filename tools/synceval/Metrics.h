@@ -47,9 +47,6 @@ struct Measures
 
 Measures measure(const scenario::Scenario& scenario, const Trace& trace);
 
-// The settle allowance of every step.
-double allowanceMs(const scenario::Scenario& scenario);
-
 // Why the controller fails the scenario, compared with the baseline; empty when it passes.
 std::vector<std::string> failures(const scenario::Scenario& scenario, const Measures& controller,
                                   const Measures& baseline);
