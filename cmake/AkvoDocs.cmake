@@ -27,7 +27,7 @@ else()
 endif()
 set(AKVO_DOCS_OUTPUT_DIR ${akvo_docs_dir})
 set(AKVO_DOCS_STRIP_FROM_PATH ${akvo_docs_stage}/${CMAKE_INSTALL_INCLUDEDIR})
-set(AKVO_DOCS_INPUT "${AKVO_DOCS_STRIP_FROM_PATH} ${PROJECT_SOURCE_DIR}/docs/concepts.md")
+set(AKVO_DOCS_INPUT "${AKVO_DOCS_STRIP_FROM_PATH} ${PROJECT_SOURCE_DIR}/docs/concepts.md ${PROJECT_SOURCE_DIR}/docs/sync.md")
 configure_file(cmake/Doxyfile.in ${akvo_docs_dir}/Doxyfile @ONLY)
 
 # The headers are laid out by the install step of the development component,

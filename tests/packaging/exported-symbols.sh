@@ -10,6 +10,7 @@ symbols=$(nm -D --defined-only "$library" | awk '{ $1=""; $2=""; sub(/^  /, "");
   sed -E 's/\[abi:[a-z0-9]+\]//g; s/std::(__cxx11|__1|__ndk1)::/std::/g')
 
 allowed='^(velmo::kvo::lipsyncapi::Service::'\
+'|velmo::kvo::sync::(Controller|Runner)::'\
 '|velmo::kvo::comms::(Link|Client|TextProtocol)::'\
 '|velmo::utilities::result::ErrnoTrait::'\
 '|(vtable|typeinfo|typeinfo name) for velmo::kvo::(comms::(TextProtocol|Protocol<.*>)|lipsyncapi::Service.*)$'\
@@ -55,6 +56,16 @@ required=(
   'typeinfo for velmo::kvo::comms::TextProtocol'
   'typeinfo for velmo::kvo::comms::Protocol<std::basic_string<char, std::char_traits<char>, std::allocator<char> > >'
   'velmo::utilities::result::ErrnoTrait::toString(int)'
+  'velmo::kvo::sync::Controller::Controller(unsigned int)'
+  'velmo::kvo::sync::Controller::~Controller()'
+  'velmo::kvo::sync::Controller::update(velmo::kvo::sync::Poll const&)'
+  'velmo::kvo::sync::Controller::marginApplied(long long, unsigned int, bool)'
+  'velmo::kvo::sync::Controller::reconnected()'
+  'velmo::kvo::sync::Controller::marginResponse() const'
+  'velmo::kvo::sync::Runner::Runner(std::basic_string<char, std::char_traits<char>, std::allocator<char> > const&, unsigned int)'
+  'velmo::kvo::sync::Runner::~Runner()'
+  'velmo::kvo::sync::Runner::poll(long long, velmo::kvo::sync::VideoTimestamps const*)'
+  'velmo::kvo::sync::Runner::run(std::function<bool (velmo::kvo::sync::VideoTimestamps&)> const&, std::function<bool (velmo::kvo::sync::RunnerReport const&)> const&)'
   'akvo_lipsync_create'
   'akvo_lipsync_destroy'
   'akvo_lipsync_set_deadline'

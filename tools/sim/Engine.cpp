@@ -1,6 +1,7 @@
 #include "Engine.h"
 
 #include "NtpTime.h"
+#include "ScenarioEngine.h"
 
 #include <chrono>
 
@@ -22,8 +23,8 @@ constexpr Timestamps fixedTimestamps{16045690984833536ULL, 16045690985263104ULL,
 
 } // namespace
 
-Engine::Engine(bool inCall, bool fixedTimestamps)
-    : _inCall(inCall), _fixedTimestamps(fixedTimestamps),
+Engine::Engine(bool inCall, bool fixedTimestamps, ScenarioEngine* scenario)
+    : _inCall(inCall), _fixedTimestamps(fixedTimestamps), _scenario(scenario),
       _random(static_cast<std::minstd_rand::result_type>(
           std::chrono::steady_clock::now().time_since_epoch().count()))
 {
@@ -41,6 +42,7 @@ Reply Engine::handle(const Request& request)
     }
     if (request.command == Command::GetAudioTs) {
         reply.timestamps = timestamps();
+        reply.unreadable = _scenario != nullptr && _scenario->pollLost();
         return reply;
     }
     if (request.delayMs > maxMarginMs || request.delayMs % marginStepMs != 0) {
@@ -49,6 +51,9 @@ Reply Engine::handle(const Request& request)
         return reply;
     }
     _marginMs = request.delayMs;
+    if (_scenario != nullptr) {
+        _scenario->accept(static_cast<unsigned>(_marginMs));
+    }
     return reply;
 }
 
@@ -61,7 +66,9 @@ Timestamps Engine::timestamps()
     _jitterBufferDepthMs = wander(_jitterBufferDepthMs, 20, 80);
     Timestamps stamps;
     stamps.capture = ntpNow() - ntpFromMilliseconds(captureAgeMs);
-    stamps.rendering = stamps.capture + ntpFromMilliseconds(pipelineLatencyMs + _marginMs);
+    stamps.rendering = _scenario != nullptr
+                           ? stamps.capture + ntpFromFractionalMilliseconds(_scenario->audioDelayReadingMs())
+                           : stamps.capture + ntpFromMilliseconds(pipelineLatencyMs + _marginMs);
     stamps.receiving = stamps.capture - ntpFromMilliseconds(_networkDelayMs);
     stamps.jitterBufferDepth = _jitterBufferDepthMs;
     return stamps;

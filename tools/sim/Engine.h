@@ -9,6 +9,8 @@ namespace velmo {
 namespace kvo {
 namespace sim {
 
+class ScenarioEngine;
+
 enum class Command
 {
     GetAudioTs,
@@ -34,7 +36,8 @@ struct Reply
     Command command = Command::GetAudioTs;
     int code = 0;
     std::string message;
-    Timestamps timestamps; // GetAudioTs only; zero unless the command was carried out
+    Timestamps timestamps;   // GetAudioTs only; zero unless the command was carried out
+    bool unreadable = false; // the answer is to be sent as something no client can read
 };
 
 // The engine's result codes as they travel in ErrorCode.
@@ -47,11 +50,11 @@ enum ErrorCode
 
 // The audio engine as its lip-sync server sees it: in a call or idle, with
 // one delay margin for the whole process, and an audio path whose timestamps
-// follow the host clock.
+// follow the host clock, or, given a scenario, whose delay the scenario moves.
 class Engine
 {
 public:
-    Engine(bool inCall, bool fixedTimestamps);
+    Engine(bool inCall, bool fixedTimestamps, ScenarioEngine* scenario);
     Reply handle(const Request& request);
 
 private:
@@ -61,6 +64,7 @@ private:
 
     bool _inCall;
     bool _fixedTimestamps;
+    ScenarioEngine* _scenario;
     std::uint64_t _marginMs = 0;
     std::uint64_t _networkDelayMs = 40;
     std::uint64_t _jitterBufferDepthMs = 40;

@@ -1,5 +1,6 @@
 #include "NtpTime.h"
 
+#include <cmath>
 #include <time.h>
 
 namespace velmo {
@@ -25,6 +26,11 @@ std::uint64_t ntpNow()
 std::uint64_t ntpFromMilliseconds(std::uint64_t milliseconds)
 {
     return (milliseconds << 32) / 1000ULL;
+}
+
+std::uint64_t ntpFromFractionalMilliseconds(double milliseconds)
+{
+    return static_cast<std::uint64_t>(std::llround(milliseconds * 4294967.296));
 }
 
 } // namespace sim

@@ -13,6 +13,8 @@ std::uint64_t ntpNow();
 
 // A duration in the same units, so it can be added to an NTP timestamp.
 std::uint64_t ntpFromMilliseconds(std::uint64_t milliseconds);
+// The same for a span with a fraction of a millisecond, rounded to the nearest unit.
+std::uint64_t ntpFromFractionalMilliseconds(double milliseconds);
 
 } // namespace sim
 } // namespace kvo

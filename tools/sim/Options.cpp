@@ -46,8 +46,15 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options)
     app.add_flag("--verbose", options.verbose, "Print one line per request and per answer on standard error");
     app.add_flag("--idle", options.idle,
                  "Engine not in a call: every request is answered with ErrorCode 1003");
-    app.add_flag("--fixed", options.fixed,
-                 "Report the same timestamps every time, whatever the delay margin, for reproducible runs");
+    CLI::Option* fixed = app.add_flag(
+        "--fixed", options.fixed,
+        "Report the same timestamps every time, whatever the delay margin, for reproducible runs");
+    std::string scenarioFile;
+    app.add_option("--scenario", scenarioFile,
+                   "Move the audio delay as the scenario file says (its audio part, margin lag, lost polls "
+                   "and engine restarts), from the simulator's start")
+        ->type_name("FILE")
+        ->excludes(fixed);
     app.add_option("--fault", faults, "Misbehave as FAULT says (see below); may be given several times")
         ->type_name("FAULT")
         ->expected(1)
@@ -66,6 +73,12 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options)
     }
     if (!faultFile.empty() && !options.faults.addFile(faultFile, error)) {
         return tools::reportUsageError(app, error);
+    }
+    if (!scenarioFile.empty()) {
+        options.scenario.emplace();
+        if (!scenario::loadScenario(scenarioFile, *options.scenario, error)) {
+            return tools::reportUsageError(app, error);
+        }
     }
     return std::nullopt;
 }

@@ -2,6 +2,7 @@
 #define VELMO_KVO_SIM_OPTIONS_H
 
 #include "FaultPlan.h"
+#include "Scenario.h"
 
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct Options
     bool idle = false;
     bool fixed = false;
     FaultPlan faults;
+    std::optional<scenario::Scenario> scenario;
 };
 
 // Reads the command line into `options`. Returns an exit status when the

@@ -44,9 +44,10 @@ Delivery RequestHandler::handle(std::uint64_t client, const std::string& message
     }
     std::string version =
         fault != nullptr && fault->action == Fault::Action::Version ? fault->text : protocolVersion;
-    std::string answer = framed(answerDocument(reply, version));
+    std::string answer = framed(reply.unreadable ? garbageText : answerDocument(reply, version));
     delivery.bytes = answer;
-    delivery.logLine = prefix + answerTag(reply.command) + " " + std::to_string(reply.code);
+    delivery.logLine = prefix + (reply.unreadable ? "garbage (lost poll) instead of " : "") +
+                       answerTag(reply.command) + " " + std::to_string(reply.code);
     if (fault == nullptr) {
         return delivery;
     }

@@ -1,6 +1,7 @@
 #include "Server.h"
 
 #include "Log.h"
+#include "ScenarioEngine.h"
 
 #include <cerrno>
 #include <cstring>
@@ -20,8 +21,8 @@ constexpr std::chrono::milliseconds acceptPause{100};
 
 } // namespace
 
-Server::Server(int listenFd, int stopFd, RequestHandler& handler, const Log& log)
-    : _listenFd(listenFd), _stopFd(stopFd), _handler(handler), _log(log)
+Server::Server(int listenFd, int stopFd, RequestHandler& handler, const Log& log, ScenarioEngine* scenario)
+    : _listenFd(listenFd), _stopFd(stopFd), _handler(handler), _log(log), _scenario(scenario)
 {
 }
 
@@ -53,6 +54,11 @@ bool Server::run()
             return true;
         }
         now = Clock::now();
+        if (_scenario != nullptr && _scenario->restartDue(now)) {
+            _log.verbose("engine restart: dropping " + std::to_string(_connections.size()) + " clients");
+            _connections.clear();
+            continue;
+        }
         if (fds[1].revents != 0) {
             acceptClients(now);
         }
@@ -127,6 +133,11 @@ int Server::pollTimeout(Clock::time_point now) const
     std::optional<Clock::time_point> earliest;
     if (now < _acceptPausedUntil) {
         earliest = _acceptPausedUntil;
+    }
+    const std::optional<Clock::time_point> restart =
+        _scenario != nullptr ? _scenario->nextRestart() : std::optional<Clock::time_point>();
+    if (restart && (!earliest || *restart < *earliest)) {
+        earliest = restart;
     }
     for (const auto& entry : _connections) {
         std::optional<Clock::time_point> due = entry.second->nextDue();

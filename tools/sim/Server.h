@@ -13,14 +13,15 @@ namespace kvo {
 namespace sim {
 
 class Log;
+class ScenarioEngine;
 
 // The single event loop: accepts clients, reads their messages, hands them
 // to the request handler and writes the deliveries when their time comes,
-// until a stop signal arrives.
+// until a stop signal arrives. A scenario's engine restarts drop every client.
 class Server
 {
 public:
-    Server(int listenFd, int stopFd, RequestHandler& handler, const Log& log);
+    Server(int listenFd, int stopFd, RequestHandler& handler, const Log& log, ScenarioEngine* scenario);
     // Returns false when polling itself failed.
     bool run();
 
@@ -34,6 +35,7 @@ private:
     int _stopFd;
     RequestHandler& _handler;
     const Log& _log;
+    ScenarioEngine* _scenario;
     std::map<std::uint64_t, std::unique_ptr<Connection>> _connections;
     std::uint64_t _clients = 0;
     // Out of descriptors: accepting again at once would only spin.

@@ -5,6 +5,7 @@
 #include "Log.h"
 #include "Options.h"
 #include "RequestHandler.h"
+#include "ScenarioEngine.h"
 #include "Server.h"
 #include "SignalPipe.h"
 
@@ -35,9 +36,14 @@ int main(int argc, char** argv)
         log.error(error);
         return outcome == OwnedSocket::Outcome::Refused ? usageError : 1;
     }
-    Engine engine(!options.idle, options.fixed);
+    std::optional<ScenarioEngine> scenario;
+    if (options.scenario) {
+        scenario.emplace(*options.scenario);
+    }
+    ScenarioEngine* moving = scenario ? &*scenario : nullptr;
+    Engine engine(!options.idle, options.fixed, moving);
     RequestHandler handler(engine, options.faults, log);
-    Server server(listener.fd(), signals.fd(), handler, log);
+    Server server(listener.fd(), signals.fd(), handler, log, moving);
     std::printf("%s: listening on %s\n", programName, options.socketPath.c_str());
     std::fflush(stdout);
     return server.run() ? 0 : 1;

@@ -57,7 +57,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{{"--socket", unusedPath, "--fault", "0:close"}, "bad fault"},
         BadCommandLine{{"--socket", unusedPath, "--fault", "1:split:10"}, "bad fault"},
         BadCommandLine{{"--socket", unusedPath, "--fault", "3:close", "--fault", "3:double"}, "already"},
-        BadCommandLine{{"--socket", unusedPath, "--fault-file", "/nonexistent-akvo-faults"}, "nonexistent"}));
+        BadCommandLine{{"--socket", unusedPath, "--fault-file", "/nonexistent-akvo-faults"}, "nonexistent"},
+        BadCommandLine{{"--socket", unusedPath, "--scenario", "/nonexistent-akvo-scenario"},
+                       "/nonexistent-akvo-scenario: cannot be read"},
+        BadCommandLine{{"--socket", unusedPath, "--fixed", "--scenario", "/nonexistent-akvo-scenario"},
+                       "--fixed excludes --scenario"}));
 
 // The path is owned as OwnedSocket says; a live server keeps it.
 TEST(SimCommandLine, RefusesALivePathAndABadFaultFile)
