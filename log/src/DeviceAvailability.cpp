@@ -1,5 +1,7 @@
 #include "velmo/kvo/log/AndroidLog.h"
 
+#include "LogSocket.h"
+
 #include <atomic>
 #include <unistd.h>
 
@@ -16,11 +18,13 @@ std::atomic<int> deviceState{unknown};
 
 } // namespace
 
-// Decided once: the answer does not follow the daemon coming or going.
+// Decided once: the answer does not follow the daemon coming or going. It
+// asks about the socket the writer connects to, AKVO_LOG_SOCKET's included.
 extern "C" int __android_log_dev_available(void)
 {
     if (deviceState == unknown) {
-        deviceState = access(AKVO_LOGDW_PATH, W_OK) == 0 ? available : notAvailable;
+        const char* path = velmo::kvo::log::logSocketPath();
+        deviceState = path != nullptr && access(path, W_OK) == 0 ? available : notAvailable;
     }
     return deviceState == available ? 1 : 0;
 }

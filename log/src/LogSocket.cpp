@@ -1,6 +1,7 @@
 #include "LogSocket.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -13,6 +14,31 @@ namespace log {
 
 namespace {
 
+static_assert(sizeof(AKVO_LOGDW_PATH) <= sizeof(sockaddr_un::sun_path), "log socket path too long");
+
+// The built-in path until the load-time initialiser has looked at the
+// environment, so that a record written before it still goes somewhere sane.
+sockaddr_un logAddress = {AF_UNIX, AKVO_LOGDW_PATH};
+bool overrideTooLong = false;
+
+// A host has no log daemon at the built-in path; the variable points the
+// writer at a receiver such as akvo-logcat without a rebuild. An empty value
+// counts as unset.
+__attribute__((constructor)) void loadLogSocketPath()
+{
+    const char* path = std::getenv("AKVO_LOG_SOCKET");
+    if (path == nullptr || *path == '\0') {
+        return;
+    }
+    const size_t length = std::strlen(path);
+    if (length >= sizeof(logAddress.sun_path)) {
+        overrideTooLong = true;
+        return;
+    }
+    std::memset(logAddress.sun_path, 0, sizeof(logAddress.sun_path));
+    std::memcpy(logAddress.sun_path, path, length);
+}
+
 int closeWithError(int fd)
 {
     const int error = errno;
@@ -21,6 +47,11 @@ int closeWithError(int fd)
 }
 
 } // namespace
+
+const char* logSocketPath()
+{
+    return overrideTooLong ? nullptr : logAddress.sun_path;
+}
 
 int openLogSocket(bool& failedAtConnect)
 {
@@ -34,13 +65,12 @@ int openLogSocket(bool& failedAtConnect)
     if (flags < 0 || fcntl(fd, F_SETFL, flags | O_NONBLOCK) < 0) {
         return closeWithError(fd);
     }
-
-    sockaddr_un address;
-    std::memset(&address, 0, sizeof(address));
-    address.sun_family = AF_UNIX;
-    static_assert(sizeof(AKVO_LOGDW_PATH) <= sizeof(address.sun_path), "log socket path too long");
-    std::memcpy(address.sun_path, AKVO_LOGDW_PATH, sizeof(AKVO_LOGDW_PATH));
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) < 0) {
+    if (overrideTooLong) {
+        failedAtConnect = true;
+        close(fd);
+        return -ENAMETOOLONG;
+    }
+    if (connect(fd, reinterpret_cast<const sockaddr*>(&logAddress), sizeof(logAddress)) < 0) {
         failedAtConnect = true;
         return closeWithError(fd);
     }

@@ -15,6 +15,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using akvo::test::LogReceiver;
@@ -22,18 +23,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// The writer reads the throughput limit when it is loaded, so a case that
-// needs another limit is a disabled test of this binary that runs in a new
-// process of its own.
-void expectPassesWhenLoadedWith(const std::string& test, const char* limit)
+// The writer reads its environment when it is loaded, so a case that needs
+// another value of `variable` (null: unset) is a disabled test of this
+// binary that runs in a new process of its own.
+void expectPassesWhenLoadedWith(const std::string& test, const char* variable, const char* value)
 {
-    if (limit != nullptr) {
-        setenv("LIBLOG_THROUGHPUT_LIMIT", limit, 1);
+    if (value != nullptr) {
+        setenv(variable, value, 1);
     } else {
-        unsetenv("LIBLOG_THROUGHPUT_LIMIT");
+        unsetenv(variable);
     }
     const akvo::test::ProgramOutput run = akvo::test::runProgram(
         {"/proc/self/exe", "--gtest_filter=" + test, "--gtest_also_run_disabled_tests"});
+    unsetenv(variable);
     EXPECT_EQ(0, run.exitStatus);
     EXPECT_NE(std::string::npos, run.standardOutput.find("[  PASSED  ] 1 test.")) << run.standardOutput;
 }
@@ -236,12 +238,65 @@ TEST_P(ThroughputLimit, IsReadFromTheEnvironmentAtLoadTime)
 {
     setenv("AKVO_LIMIT_CASE", std::to_string(GetParam()).c_str(), 1);
     expectPassesWhenLoadedWith("ThroughputInFreshProcess.DISABLED_FollowsItsEnvironment",
-                               limitCases[GetParam()].value);
+                               "LIBLOG_THROUGHPUT_LIMIT", limitCases[GetParam()].value);
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, ThroughputLimit, ::testing::Range<size_t>(0, std::size(limitCases)),
                          [](const ::testing::TestParamInfo<size_t>& info) {
                              return std::string(limitCases[info.param].name);
+                         });
+
+const std::string overridePath = socketPath + std::string(".override");
+
+struct SocketPathCase
+{
+    const char* name;
+    // AKVO_LOG_SOCKET, or null to leave it unset.
+    const char* value;
+    // Where the record arrives; null: nowhere.
+    const char* receivedAt;
+    int written;
+};
+
+const std::string tooLongPath = "/tmp/" + std::string(103, 'l');
+
+const SocketPathCase socketPathCases[] = {
+    {"unset", nullptr, socketPath, 5},
+    {"empty", "", socketPath, 5},
+    {"set", overridePath.c_str(), overridePath.c_str(), 5},
+    {"tooLong", tooLongPath.c_str(), nullptr, -ENAMETOOLONG},
+};
+
+TEST(LogSocketInFreshProcess, DISABLED_FollowsItsEnvironment)
+{
+    const SocketPathCase& c = socketPathCases[std::strtoul(std::getenv("AKVO_SOCKET_CASE"), nullptr, 10)];
+    LogReceiver builtIn(socketPath);
+    LogReceiver overridden(overridePath);
+    EXPECT_EQ(c.written, writeText("m"));
+    EXPECT_EQ(c.written > 0 ? 1 : 0, __android_log_dev_available());
+    // A datagram is in the receiver's queue once the send has returned.
+    const std::pair<const char*, LogReceiver*> receivers[] = {{socketPath, &builtIn},
+                                                              {overridePath.c_str(), &overridden}};
+    for (const auto& [path, receiver] : receivers) {
+        const bool expected = c.receivedAt != nullptr && std::string(c.receivedAt) == path;
+        EXPECT_EQ(expected, receiver->nextDatagram(0ms).has_value()) << path;
+    }
+}
+
+class LogSocketPath : public ::testing::TestWithParam<size_t>
+{
+};
+
+TEST_P(LogSocketPath, IsReadFromTheEnvironmentAtLoadTime)
+{
+    setenv("AKVO_SOCKET_CASE", std::to_string(GetParam()).c_str(), 1);
+    expectPassesWhenLoadedWith("LogSocketInFreshProcess.DISABLED_FollowsItsEnvironment", "AKVO_LOG_SOCKET",
+                               socketPathCases[GetParam()].value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, LogSocketPath, ::testing::Range<size_t>(0, std::size(socketPathCases)),
+                         [](const ::testing::TestParamInfo<size_t>& info) {
+                             return std::string(socketPathCases[info.param].name);
                          });
 
 } // namespace

@@ -12,6 +12,14 @@
  * and close-on-exec, opened on the first record; a stalled daemon never
  * blocks the caller, whose record is then dropped with -EAGAIN.
  *
+ * The environment variable AKVO_LOG_SOCKET, read once when the library is
+ * loaded, names another socket path for the process, e.g. that of a running
+ * `akvo-logcat --socket PATH` on a host; __android_log_dev_available() then
+ * asks about that path too. Unset or empty, the built-in path holds. A value
+ * longer than 107 bytes, which no Unix socket address can hold, reaches no
+ * daemon at all: every record returns -ENAMETOOLONG (-36) and
+ * __android_log_dev_available() returns 0.
+ *
  * Every function may be called from any thread. A record's payload (what
  * follows its 11-byte header) is cut at 4076 bytes. Unless said otherwise a
  * function returns the number of payload bytes sent, or a negative errno
