@@ -30,6 +30,34 @@ StringProtocol::ProtocolResult toProtocolResult(const Link::LinkResult& linkResu
     }
 }
 
+// Reads until `receivedData` holds a whole message, and gives the position
+// of its marker in `end`. Chunks are cut at their first zero byte: a message
+// never carries one, and whatever follows it in the same chunk is dropped.
+//
+// After a chunk, the search for the marker resumes one byte before the chunk
+// (the marker may straddle two chunks) instead of rescanning everything
+// buffered: a peer that streams megabytes without a marker must cost linear
+// time, not quadratic. The first search of a call covers the whole buffer,
+// so what an earlier call left behind is found as before.
+StringProtocol::ProtocolResult awaitMessage(Link& link, std::string& receivedData,
+                                            std::string::size_type& end)
+{
+    const std::string& marker = TextProtocol::endMessageMarker;
+    std::string::size_type searchFrom = 0;
+    while ((end = receivedData.find(marker, searchFrom)) == std::string::npos) {
+        unsigned int bytesRead = 0;
+        const Link::LinkResult linkResult = link.read(receiveBuffer, sizeof(receiveBuffer) - 1, bytesRead);
+        if (linkResult.isFailure()) {
+            return toProtocolResult(linkResult);
+        }
+        receiveBuffer[bytesRead] = '\0';
+        const std::string::size_type overlap = marker.size() - 1;
+        searchFrom = receivedData.size() < overlap ? 0 : receivedData.size() - overlap;
+        receivedData.append(receiveBuffer, strnlen(receiveBuffer, sizeof(receiveBuffer)));
+    }
+    return StringProtocol::ProtocolResult::success();
+}
+
 } // namespace
 
 const std::string TextProtocol::endMessageMarker("\n\n");
@@ -58,33 +86,27 @@ TextProtocol::ProtocolResult TextProtocol::send(const std::string& message)
     return toProtocolResult(written);
 }
 
-// Chunks are cut at their first zero byte: a message never carries one, and
-// whatever follows it in the same chunk is dropped.
-//
-// After a chunk, the search for the marker resumes one byte before the chunk
-// (the marker may straddle two chunks) instead of rescanning everything
-// buffered: a peer that streams megabytes without a marker must cost linear
-// time, not quadratic. The first search of a call covers the whole buffer,
-// so what an earlier call left behind is found as before.
 TextProtocol::ProtocolResult TextProtocol::receive(std::string*& message)
 {
     message = nullptr;
-    std::string::size_type searchFrom = 0;
-    std::string::size_type markerPosition;
-    while ((markerPosition = _receivedData.find(endMessageMarker, searchFrom)) == std::string::npos) {
-        unsigned int bytesRead = 0;
-        const Link::LinkResult linkResult = _link->read(receiveBuffer, sizeof(receiveBuffer) - 1, bytesRead);
-        if (linkResult.isFailure()) {
-            return toProtocolResult(linkResult);
-        }
-        receiveBuffer[bytesRead] = '\0';
-        const std::string::size_type overlap = endMessageMarker.size() - 1;
-        searchFrom = _receivedData.size() < overlap ? 0 : _receivedData.size() - overlap;
-        _receivedData.append(receiveBuffer, strnlen(receiveBuffer, sizeof(receiveBuffer)));
+    std::string::size_type end = 0;
+    ProtocolResult result = awaitMessage(*_link, _receivedData, end);
+    if (result.isSuccess()) {
+        message = new std::string(_receivedData, 0, end);
+        _receivedData.erase(0, end + endMessageMarker.size());
     }
-    message = new std::string(_receivedData, 0, markerPosition);
-    _receivedData.erase(0, markerPosition + endMessageMarker.size());
-    return ProtocolResult::success();
+    return result;
+}
+
+TextProtocol::ProtocolResult TextProtocol::receiveInto(std::string& message)
+{
+    std::string::size_type end = 0;
+    ProtocolResult result = awaitMessage(*_link, _receivedData, end);
+    if (result.isSuccess()) {
+        message.assign(_receivedData, 0, end);
+        _receivedData.erase(0, end + endMessageMarker.size());
+    }
+    return result;
 }
 
 } // namespace comms
