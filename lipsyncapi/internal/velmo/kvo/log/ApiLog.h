@@ -22,19 +22,22 @@ template <class Logger>
 class ApiLog
 {
 public:
-    ApiLog& addInputParam(const char* name, const std::string& value)
+    template <std::size_t N>
+    ApiLog& addInputParam(const char (&name)[N], const std::string& value)
     {
         beginSection(_inputs, " with input params: ");
         return addText(name, value.data(), value.size());
     }
 
-    ApiLog& addInputParam(const char* name, unsigned long long value)
+    template <std::size_t N>
+    ApiLog& addInputParam(const char (&name)[N], unsigned long long value)
     {
         beginSection(_inputs, " with input params: ");
         return addNumber(name, value);
     }
 
-    ApiLog& addOutputParam(const char* name, unsigned long long value)
+    template <std::size_t N>
+    ApiLog& addOutputParam(const char (&name)[N], unsigned long long value)
     {
         beginSection(_outputs, " with output params: ");
         return addNumber(name, value);
@@ -52,9 +55,10 @@ public:
     }
 
     // The event name leads the line, although it comes last.
-    void event(const char* name)
+    template <std::size_t N>
+    void event(const char (&name)[N])
     {
-        _line.prepend(name, std::strlen(name));
+        _line.prepend(name, N - 1);
         if (!_line.empty()) {
             Logger::Log::template log<velmo::utilities::details::Level::Info>(Logger::tag, "%s",
                                                                               _line.c_str());
@@ -73,9 +77,10 @@ private:
 
     // A value spanning lines gets a block of its own so the line stays
     // readable; every other value is followed by one blank.
-    ApiLog& addText(const char* name, const char* value, std::size_t size)
+    template <std::size_t N>
+    ApiLog& addText(const char (&name)[N], const char* value, std::size_t size)
     {
-        _line.append(name, std::strlen(name));
+        _line.append(name);
         if (std::memchr(value, '\n', size) != nullptr) {
             _line.append("={\n");
             _line.append(value, size);
@@ -88,11 +93,17 @@ private:
         return *this;
     }
 
-    ApiLog& addNumber(const char* name, unsigned long long value)
+    // Digits never span lines.
+    template <std::size_t N>
+    ApiLog& addNumber(const char (&name)[N], unsigned long long value)
     {
-        char digits[velmo::utilities::maxDecimalDigits];
-        const char* end = velmo::utilities::writeDecimal(digits, value);
-        return addText(name, digits, static_cast<std::size_t>(end - digits));
+        char text[N + velmo::utilities::maxDecimalDigits + 1];
+        std::memcpy(text, name, N - 1);
+        text[N - 1] = '=';
+        char* end = velmo::utilities::writeDecimal(text + N, value);
+        *end++ = ' ';
+        _line.append(text, static_cast<std::size_t>(end - text));
+        return *this;
     }
 
     // The Android record holds 1023 bytes of a line; standard error gets it
