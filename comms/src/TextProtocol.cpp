@@ -30,6 +30,26 @@ StringProtocol::ProtocolResult toProtocolResult(const Link::LinkResult& linkResu
     }
 }
 
+// The position of the first marker in `text` at or after `from`, or npos.
+// memchr finds each candidate first byte, which is all the marker search of
+// std::string does too, without its calls per candidate.
+std::string::size_type findMarker(const std::string& text, std::string::size_type from)
+{
+    const std::string& marker = TextProtocol::endMessageMarker;
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    for (const char* at = begin + from; at < end; ++at) {
+        at = static_cast<const char*>(std::memchr(at, marker[0], static_cast<std::size_t>(end - at)));
+        if (at == nullptr || end - at < 2) {
+            break;
+        }
+        if (at[1] == marker[1]) {
+            return static_cast<std::string::size_type>(at - begin);
+        }
+    }
+    return std::string::npos;
+}
+
 // Reads until `receivedData` holds a whole message, and gives the position
 // of its marker in `end`. Chunks are cut at their first zero byte: a message
 // never carries one, and whatever follows it in the same chunk is dropped.
@@ -44,7 +64,7 @@ StringProtocol::ProtocolResult awaitMessage(Link& link, std::string& receivedDat
 {
     const std::string& marker = TextProtocol::endMessageMarker;
     std::string::size_type searchFrom = 0;
-    while ((end = receivedData.find(marker, searchFrom)) == std::string::npos) {
+    while ((end = findMarker(receivedData, searchFrom)) == std::string::npos) {
         unsigned int bytesRead = 0;
         const Link::LinkResult linkResult = link.read(receiveBuffer, sizeof(receiveBuffer) - 1, bytesRead);
         if (linkResult.isFailure()) {
@@ -98,11 +118,21 @@ TextProtocol::ProtocolResult TextProtocol::receive(std::string*& message)
     return result;
 }
 
+// Mostly what is buffered is this one message and its marker: the buffer
+// then changes places with `message` instead of being copied, and each of
+// the two strings keeps serving with the capacity it has.
 TextProtocol::ProtocolResult TextProtocol::receiveInto(std::string& message)
 {
     std::string::size_type end = 0;
     ProtocolResult result = awaitMessage(*_link, _receivedData, end);
-    if (result.isSuccess()) {
+    if (result.isFailure()) {
+        return result;
+    }
+    if (end + endMessageMarker.size() == _receivedData.size()) {
+        _receivedData.resize(end);
+        message.swap(_receivedData);
+        _receivedData.clear();
+    } else {
         message.assign(_receivedData, 0, end);
         _receivedData.erase(0, end + endMessageMarker.size());
     }
