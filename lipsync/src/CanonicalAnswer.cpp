@@ -69,35 +69,41 @@ public:
         return true;
     }
 
-    // One or more digits whose value fits 64 bits. The digits are summed in
-    // runs of nine with 32-bit arithmetic, and whether they fit is told from
-    // the text: per-digit 64-bit arithmetic is slow on 32-bit x86.
+    // One or more digits whose value fits 64 bits, whether they fit told
+    // from the text. Leading zeros are skipped; then eight digits at a time
+    // are checked and summed within one 64-bit word, and the rest one by one
+    // with 32-bit arithmetic, since per-digit 64-bit arithmetic is slow on
+    // 32-bit x86.
     bool unsignedNumber(unsigned long long& value)
     {
         static const char largest[] = "18446744073709551615";
-        const char* const start = _at;
-        while (_at < _end && isDigit(*_at)) {
+        while (_end - _at > 1 && _at[0] == '0' && isDigit(_at[1])) {
             ++_at;
         }
-        const char* digits = start;
-        while (_at - digits > 1 && *digits == '0') {
-            ++digits;
+        const char* const digits = _at;
+        unsigned long long sum = 0;
+        uint32_t eight = 0;
+        while (_end - _at >= 8 && eightDigits(_at, eight)) {
+            if (_at - digits >= 16) {
+                return false;
+            }
+            sum = sum * 100000000u + eight;
+            _at += 8;
+        }
+        // Seven digits at most are left, or the word above would have
+        // taken them.
+        uint32_t part = 0;
+        uint32_t scale = 1;
+        for (; _at < _end && isDigit(*_at); ++_at) {
+            part = part * 10 + static_cast<uint32_t>(*_at - '0');
+            scale *= 10;
         }
         const std::size_t count = static_cast<std::size_t>(_at - digits);
         if (count == 0 || count > sizeof(largest) - 1 ||
             (count == sizeof(largest) - 1 && std::memcmp(digits, largest, count) > 0)) {
             return false;
         }
-        value = 0;
-        for (std::size_t run = (count - 1) % 9 + 1; digits < _at; digits += run, run = 9) {
-            uint32_t part = 0;
-            uint32_t scale = 1;
-            for (std::size_t i = 0; i < run; ++i) {
-                part = part * 10 + static_cast<uint32_t>(digits[i] - '0');
-                scale *= 10;
-            }
-            value = value * scale + part;
-        }
+        value = sum * scale + part;
         return true;
     }
 
@@ -140,6 +146,27 @@ public:
 
 private:
     static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+    // Whether the eight bytes at `text` are all decimal digits, and if so
+    // their value. A byte is a digit when its high nibble is 3 and stays 3
+    // once 6 is added; a byte that fails the first test may carry into its
+    // neighbour's second, but then the whole word fails anyway.
+    static bool eightDigits(const char* text, uint32_t& value)
+    {
+        static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first digit is read from the low byte");
+        uint64_t word;
+        std::memcpy(&word, text, sizeof(word));
+        const uint64_t highNibbles = 0xF0F0F0F0F0F0F0F0ULL;
+        if (((word & highNibbles) | (((word + 0x0606060606060606ULL) & highNibbles) >> 4)) !=
+            0x3333333333333333ULL) {
+            return false;
+        }
+        word -= 0x3030303030303030ULL;
+        word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FFULL;
+        word = (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFFULL;
+        value = static_cast<uint32_t>(word * 10000 + (word >> 32));
+        return true;
+    }
 
     static bool isWordCharacter(char c) { return c > ' ' && c < 0x7f && c != '<' && c != '>' && c != '&'; }
 
