@@ -174,22 +174,26 @@ private:
     const char* const _end;
 };
 
-bool readResult(Cursor& cursor, int& code, const char*& message, std::size_t& messageSize)
+// The Result element from its code on; each layout's fixed text around it
+// is compared in one piece with its neighbours.
+bool readCodeAndMessage(Cursor& cursor, int& code, const char*& message, std::size_t& messageSize)
 {
-    return cursor.literal("<Result><ErrorCode>") && cursor.signedInt(code) &&
-           cursor.literal("</ErrorCode>") && cursor.message(message, messageSize) &&
-           cursor.literal("</Result>");
+    return cursor.signedInt(code) && cursor.literal("</ErrorCode>") && cursor.message(message, messageSize);
 }
 
+// What the general path assigns: a fresh Result of the code and the message.
 void storeResult(cmdfrmwrk::Command::Answer& answer, int code, const char* message, std::size_t messageSize)
 {
-    velmo::utilities::result::Result<cmdfrmwrk::Command::ResultTrait> result(
-        static_cast<cmdfrmwrk::Command::ResultCode>(code));
-    result._mainMessage.assign(message, messageSize);
-    answer.result = std::move(result);
+    answer.result._errorCode = static_cast<cmdfrmwrk::Command::ResultCode>(code);
+    answer.result._mainMessage.assign(message, messageSize);
+    answer.result._trailingMessage.clear();
+    answer.result._nestedResults.clear();
 }
 
-const char declarationAndRoot[] = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\">";
+const char getAudioTsHead[] =
+    "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Answer><Result><ErrorCode>";
+const char setAudioDelayHead[] =
+    "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><SetAudioDelay_Answer><Result><ErrorCode>";
 
 } // namespace
 
@@ -201,9 +205,8 @@ bool LipSyncXmlSerializer::readCanonical(const std::string& xml, GetAudioTs::Ans
     std::size_t messageSize = 0;
     common::LipSyncNtpTimestamps timestamps{};
     const bool canonical =
-        cursor.literal(declarationAndRoot) && cursor.literal("<GetAudioTs_Answer>") &&
-        readResult(cursor, code, message, messageSize) &&
-        cursor.literal("<LipSyncNtpTimestamps><capture_timestamp>") &&
+        cursor.literal(getAudioTsHead) && readCodeAndMessage(cursor, code, message, messageSize) &&
+        cursor.literal("</Result><LipSyncNtpTimestamps><capture_timestamp>") &&
         cursor.unsignedNumber(timestamps.tCap) &&
         cursor.literal("</capture_timestamp><rendering_timestamp>") &&
         cursor.unsignedNumber(timestamps.tRdr) &&
@@ -227,9 +230,9 @@ bool LipSyncXmlSerializer::readCanonical(const std::string& xml, SetAudioDelay::
     int code = 0;
     const char* message = nullptr;
     std::size_t messageSize = 0;
-    const bool canonical = cursor.literal(declarationAndRoot) && cursor.literal("<SetAudioDelay_Answer>") &&
-                           readResult(cursor, code, message, messageSize) &&
-                           cursor.literal("</SetAudioDelay_Answer></AKVO>") && cursor.atEnd();
+    const bool canonical = cursor.literal(setAudioDelayHead) &&
+                           readCodeAndMessage(cursor, code, message, messageSize) &&
+                           cursor.literal("</Result></SetAudioDelay_Answer></AKVO>") && cursor.atEnd();
     if (!canonical) {
         return false;
     }
