@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -39,6 +40,31 @@ TEST(GenericLog, StreamedPercentDirectivesStayLiteralOnBothSinks)
     Log::Stream<Level::Info>("AKVOLIPSYNCAPI") << "100%d %s";
     EXPECT_EQ("I/AKVOLIPSYNCAPI 100%d %s\n", stderrCapture.text());
     expectRecord(4, "AKVOLIPSYNCAPI", "100%d %s");
+}
+
+// The line is written whole from one buffer, or in pieces past 1024 bytes;
+// a format other than "%s" is formatted on the stack, or in the heap when long.
+TEST(GenericLog, FormatsTheStandardErrorLineAsPrintfDoes)
+{
+    const std::string longText(3000, 'l');
+    const struct
+    {
+        std::function<void()> log;
+        std::string line;
+    } cases[] = {
+        {[] { Log::log<Level::Info>("T", "%s", "plain"); }, "I/T plain\n"},
+        {[] { Log::log<Level::Info>("T", "%d-%s", 42, "x"); }, "I/T 42-x\n"},
+        {[&longText] { Log::log<Level::Fatal>("VELMO", "%s", longText.c_str()); },
+         "F/VELMO " + longText + "\n"},
+        {[&longText] { Log::log<Level::Info>("T", "<%s>", longText.c_str()); }, "I/T <" + longText + ">\n"},
+    };
+    processLogReceiver();
+    for (const auto& c : cases) {
+        akvo::test::StderrCapture stderrCapture;
+        c.log();
+        EXPECT_EQ(c.line, stderrCapture.text());
+    }
+    processLogReceiver().drain();
 }
 
 TEST(GenericLog, EmptyStreamAndHoldingAssertionEmitNothing)

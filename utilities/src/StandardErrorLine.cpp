@@ -14,6 +14,8 @@ namespace utilities {
 namespace {
 
 // Goes on after a partial write or an interruption; stops at any other error.
+// A single piece goes with write(), which the kernel takes a shorter way than
+// writev().
 void writeWhole(int fd, iovec* pieces, int count)
 {
     for (;;) {
@@ -24,7 +26,8 @@ void writeWhole(int fd, iovec* pieces, int count)
         if (count == 0) {
             return;
         }
-        ssize_t written = writev(fd, pieces, count);
+        ssize_t written =
+            count == 1 ? write(fd, pieces->iov_base, pieces->iov_len) : writev(fd, pieces, count);
         if (written < 0 && errno == EINTR) {
             continue;
         }
@@ -55,6 +58,12 @@ const char* plainText(const char* format, va_list args)
     return text;
 }
 
+char* copy(char* out, const char* text, size_t size)
+{
+    std::memcpy(out, text, size);
+    return out + size;
+}
+
 } // namespace
 
 void writeStandardErrorLine(const char* letter, const char* tag, const char* format, va_list args)
@@ -82,13 +91,26 @@ void writeStandardErrorLine(const char* letter, const char* tag, const char* for
             }
         }
     }
+    // A line that fits goes out of one buffer; a longer one in pieces,
+    // still with one call.
+    const size_t letterSize = std::strlen(letter);
+    const size_t tagSize = std::strlen(tag);
+    char line[1024];
+    if (letterSize + tagSize + size + 3 <= sizeof(line)) {
+        char* out = copy(line, letter, letterSize);
+        *out++ = '/';
+        out = copy(out, tag, tagSize);
+        *out++ = ' ';
+        out = copy(out, message, size);
+        *out++ = '\n';
+        iovec whole = {line, static_cast<size_t>(out - line)};
+        writeWhole(fileno(stderr), &whole, 1);
+        return;
+    }
     char separators[] = "/ \n";
-    iovec pieces[] = {{const_cast<char*>(letter), std::strlen(letter)},
-                      {separators, 1},
-                      {const_cast<char*>(tag), std::strlen(tag)},
-                      {separators + 1, 1},
-                      {const_cast<char*>(message), size},
-                      {separators + 2, 1}};
+    iovec pieces[] = {{const_cast<char*>(letter), letterSize}, {separators, 1},
+                      {const_cast<char*>(tag), tagSize},       {separators + 1, 1},
+                      {const_cast<char*>(message), size},      {separators + 2, 1}};
     writeWhole(fileno(stderr), pieces, sizeof(pieces) / sizeof(pieces[0]));
 }
 
