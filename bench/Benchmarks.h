@@ -21,6 +21,7 @@ void registerPieceBenchmarks();
 void registerLogRecordBenchmark(LogDaemon daemon);
 void registerRawRoundTrips(const std::string& serverSocket);
 void registerServiceRoundTrips(const std::string& serverSocket, LogDaemon daemon);
+void registerFloorComparison(const std::string& serverSocket, LogDaemon daemon);
 void registerHeapGrowthCheck(const std::string& serverSocket);
 
 inline const char* regimeName(LogDaemon daemon)

@@ -1,15 +1,17 @@
-// akvo-call-cost: makes N calls of one kind, or N raw round trips of the
-// same bytes, against a running akvo-bench-server, and nothing else, so
-// that valgrind can count what one call costs as the difference between two
-// runs with different N (connection and start-up cancel out).
+// akvo-call-cost: makes N calls of one kind, N raw round trips of the same
+// bytes, or N calls of the floor client, against a running
+// akvo-bench-server, and nothing else, so that valgrind can count what one
+// call costs as the difference between two runs with different N
+// (connection and start-up cancel out).
 //
-//   akvo-call-cost --server PATH --call get|set|raw-get|raw-set --calls N
+//   akvo-call-cost --server PATH --call get|set|raw-get|raw-set|floor-get --calls N
 //
 // Prints how many heap allocations the calls made (operator new, which this
 // binary counts), connecting left out. Exits 1 if a call failed or an answer was not the canned
 // one.
 
 #include "AllocationCounter.h"
+#include "FloorClient.h"
 #include "Frames.h"
 #include "UnixSocket.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -28,7 +30,8 @@ using velmo::kvo::lipsyncapi::Service;
 
 int usage()
 {
-    std::fprintf(stderr, "usage: akvo-call-cost --server PATH --call get|set|raw-get|raw-set --calls N\n");
+    std::fprintf(stderr,
+                 "usage: akvo-call-cost --server PATH --call get|set|raw-get|raw-set|floor-get --calls N\n");
     return 2;
 }
 
@@ -56,6 +59,25 @@ bool rawCalls(const std::string& server, const char* request, size_t requestSize
         }
     }
     close(fd);
+    return true;
+}
+
+// The floor client's log record goes where the library's does.
+bool floorCalls(const std::string& server, long calls, uint64_t& allocations)
+{
+    const char* logSocket = std::getenv("AKVO_LOG_SOCKET");
+    FloorClient floor(server, logSocket != nullptr && *logSocket != '\0' ? logSocket : AKVO_LOGDW_PATH);
+    if (!floor.isConnected()) {
+        return false;
+    }
+    const uint64_t before = currentAllocationCount().allocations;
+    uint64_t capture = 0;
+    for (long call = 0; call < calls; ++call) {
+        if (!floor.getAudioTimestamps(capture) || capture != cannedCaptureTimestamp) {
+            return false;
+        }
+    }
+    allocations = currentAllocationCount().allocations - before;
     return true;
 }
 
@@ -111,6 +133,8 @@ int main(int argc, char** argv)
     } else if (call == "raw-set") {
         done = rawCalls(server, setAudioDelayRequestFrame, sizeof(setAudioDelayRequestFrame) - 1,
                         sizeof(setAudioDelayAnswerFrame) - 1, calls);
+    } else if (call == "floor-get") {
+        done = floorCalls(server, calls, allocations);
     } else {
         return usage();
     }

@@ -1,7 +1,9 @@
 // akvo-bench-server: the lip-sync server of the round-trip benchmarks. It
 // answers every GetAudioTs request with one canned frame and every
 // SetAudioDelay request with another, without parsing anything, so that the
-// server's own cost is as small as the socket's. One connection at a time.
+// server's own cost is as small as the socket's. Each connection has a
+// thread of its own, blocked in read like the single one was, so that the
+// floor client and the library can be connected at once.
 
 #include "Frames.h"
 #include "UnixSocket.h"
@@ -13,6 +15,7 @@
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -66,7 +69,7 @@ bool answer(int fd, const char* request, size_t size)
 // line feeds and gets exactly one answer.
 void serve(int fd)
 {
-    static char pending[65536];
+    char pending[65536];
     size_t used = 0;
     while (!stopRequested) {
         if (used == sizeof(pending)) {
@@ -96,6 +99,23 @@ void serve(int fd)
         std::memmove(pending, pending + start, used - start);
         used -= start;
     }
+}
+
+// The connection's thread blocks the stop signals, so that they always reach
+// the accepting thread and end the process.
+void serveOnItsOwnThread(int client)
+{
+    sigset_t stopSignals;
+    sigset_t previous;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGTERM);
+    sigaddset(&stopSignals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, &previous);
+    std::thread([client] {
+        serve(client);
+        close(client);
+    }).detach();
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
 }
 
 int listenOn(const std::string& path)
@@ -139,8 +159,7 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "akvo-bench-server: accept failed: %s\n", std::strerror(errno));
             break;
         }
-        serve(client);
-        close(client);
+        serveOnItsOwnThread(client);
     }
     close(listener);
     unlink(path.c_str());

@@ -6,6 +6,7 @@
 #include "Frames.h"
 #include "LogDaemonStandIn.h"
 #include "Meters.h"
+#include "ReadFrame.h"
 #include "StdErrToDevNull.h"
 #include "UnixSocket.h"
 
@@ -17,7 +18,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstring>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -46,26 +46,6 @@ std::string libraryFrame(const Request& request)
     return xml + velmo::kvo::comms::TextProtocol::endMessageMarker;
 }
 
-// Reads like the text protocol does, 511 bytes at a time, until the marker;
-// returns the frame's size, or 0 if the link failed.
-size_t readFrame(int fd)
-{
-    static char answer[65536];
-    size_t used = 0;
-    while (used + 511 <= sizeof(answer)) {
-        const ssize_t count = read(fd, answer + used, 511);
-        if (count <= 0) {
-            return 0;
-        }
-        const size_t searchFrom = used > 0 ? used - 1 : 0;
-        used += static_cast<size_t>(count);
-        if (memmem(answer + searchFrom, used - searchFrom, "\n\n", 2) != nullptr) {
-            return used;
-        }
-    }
-    return 0;
-}
-
 void rawRoundTrip(benchmark::State& state, const Exchange& exchange, const std::string& serverSocket)
 {
     const int fd = akvo::test::connectedUnixSocket(serverSocket);
@@ -73,13 +53,14 @@ void rawRoundTrip(benchmark::State& state, const Exchange& exchange, const std::
         state.SkipWithError("cannot connect to the benchmark server");
         return;
     }
+    static char answer[65536];
     const char* request = exchange.requestFrame.data();
     const size_t requestSize = exchange.requestFrame.size();
     RoundTripMeter meter(state);
     for (auto _ : state) {
         const auto start = meter.now();
         const bool sent = write(fd, request, requestSize) == static_cast<ssize_t>(requestSize);
-        const size_t received = sent ? readFrame(fd) : 0;
+        const size_t received = sent ? readFrame(fd, answer, sizeof(answer)) : 0;
         meter.record(start);
         if (received != exchange.answerFrame.size()) {
             state.SkipWithError("the server's answer is not the canned frame");

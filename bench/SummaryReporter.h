@@ -11,8 +11,9 @@ namespace bench {
 
 // Prints the framework's usual lines, then a summary: each Service round trip
 // beside the raw one of the same command (ratios of throughput and of median
-// latency), the pieces, and whether the targets were met. With repetitions,
-// the medians over the repetitions are used.
+// latency), getAudioTimestamps beside the floor client in each log regime,
+// the pieces, and whether the targets were met. With repetitions, the
+// medians over the repetitions are used.
 class SummaryReporter : public benchmark::ConsoleReporter
 {
 public:
@@ -36,6 +37,7 @@ private:
     const Figures* find(const std::string& name) const;
     double counter(const Figures& figures, const char* name) const;
     void printRoundTrips(std::ostream& out) const;
+    void printFloorComparisons(std::ostream& out) const;
     void printPieces(std::ostream& out) const;
     void printTargets(std::ostream& out);
 

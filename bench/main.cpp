@@ -42,11 +42,13 @@ int main(int argc, char** argv)
     if (!serverSocket.empty()) {
         registerRawRoundTrips(serverSocket);
         registerServiceRoundTrips(serverSocket, LogDaemon::Absent);
+        registerFloorComparison(serverSocket, LogDaemon::Absent);
         registerHeapGrowthCheck(serverSocket);
     }
     registerLogRecordBenchmark(LogDaemon::Listening);
     if (!serverSocket.empty()) {
         registerServiceRoundTrips(serverSocket, LogDaemon::Listening);
+        registerFloorComparison(serverSocket, LogDaemon::Listening);
     }
 
     SummaryReporter reporter;

@@ -69,35 +69,41 @@ public:
         return true;
     }
 
-    // One or more digits whose value fits 64 bits. The digits are summed in
-    // runs of nine with 32-bit arithmetic, and whether they fit is told from
-    // the text: per-digit 64-bit arithmetic is slow on 32-bit x86.
+    // One or more digits whose value fits 64 bits, whether they fit told
+    // from the text. Leading zeros are skipped; then eight digits at a time
+    // are checked and summed within one 64-bit word, and the rest one by one
+    // with 32-bit arithmetic, since per-digit 64-bit arithmetic is slow on
+    // 32-bit x86.
     bool unsignedNumber(unsigned long long& value)
     {
         static const char largest[] = "18446744073709551615";
-        const char* const start = _at;
-        while (_at < _end && isDigit(*_at)) {
+        while (_end - _at > 1 && _at[0] == '0' && isDigit(_at[1])) {
             ++_at;
         }
-        const char* digits = start;
-        while (_at - digits > 1 && *digits == '0') {
-            ++digits;
+        const char* const digits = _at;
+        unsigned long long sum = 0;
+        uint32_t eight = 0;
+        while (_end - _at >= 8 && eightDigits(_at, eight)) {
+            if (_at - digits >= 16) {
+                return false;
+            }
+            sum = sum * 100000000u + eight;
+            _at += 8;
+        }
+        // Seven digits at most are left, or the word above would have
+        // taken them.
+        uint32_t part = 0;
+        uint32_t scale = 1;
+        for (; _at < _end && isDigit(*_at); ++_at) {
+            part = part * 10 + static_cast<uint32_t>(*_at - '0');
+            scale *= 10;
         }
         const std::size_t count = static_cast<std::size_t>(_at - digits);
         if (count == 0 || count > sizeof(largest) - 1 ||
             (count == sizeof(largest) - 1 && std::memcmp(digits, largest, count) > 0)) {
             return false;
         }
-        value = 0;
-        for (std::size_t run = (count - 1) % 9 + 1; digits < _at; digits += run, run = 9) {
-            uint32_t part = 0;
-            uint32_t scale = 1;
-            for (std::size_t i = 0; i < run; ++i) {
-                part = part * 10 + static_cast<uint32_t>(digits[i] - '0');
-                scale *= 10;
-            }
-            value = value * scale + part;
-        }
+        value = sum * scale + part;
         return true;
     }
 
@@ -141,28 +147,53 @@ public:
 private:
     static bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+    // Whether the eight bytes at `text` are all decimal digits, and if so
+    // their value. A byte is a digit when its high nibble is 3 and stays 3
+    // once 6 is added; a byte that fails the first test may carry into its
+    // neighbour's second, but then the whole word fails anyway.
+    static bool eightDigits(const char* text, uint32_t& value)
+    {
+        static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first digit is read from the low byte");
+        uint64_t word;
+        std::memcpy(&word, text, sizeof(word));
+        const uint64_t highNibbles = 0xF0F0F0F0F0F0F0F0ULL;
+        if (((word & highNibbles) | (((word + 0x0606060606060606ULL) & highNibbles) >> 4)) !=
+            0x3333333333333333ULL) {
+            return false;
+        }
+        word -= 0x3030303030303030ULL;
+        word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FFULL;
+        word = (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFFULL;
+        value = static_cast<uint32_t>(word * 10000 + (word >> 32));
+        return true;
+    }
+
     static bool isWordCharacter(char c) { return c > ' ' && c < 0x7f && c != '<' && c != '>' && c != '&'; }
 
     const char* _at;
     const char* const _end;
 };
 
-bool readResult(Cursor& cursor, int& code, const char*& message, std::size_t& messageSize)
+// The Result element from its code on; each layout's fixed text around it
+// is compared in one piece with its neighbours.
+bool readCodeAndMessage(Cursor& cursor, int& code, const char*& message, std::size_t& messageSize)
 {
-    return cursor.literal("<Result><ErrorCode>") && cursor.signedInt(code) &&
-           cursor.literal("</ErrorCode>") && cursor.message(message, messageSize) &&
-           cursor.literal("</Result>");
+    return cursor.signedInt(code) && cursor.literal("</ErrorCode>") && cursor.message(message, messageSize);
 }
 
+// What the general path assigns: a fresh Result of the code and the message.
 void storeResult(cmdfrmwrk::Command::Answer& answer, int code, const char* message, std::size_t messageSize)
 {
-    velmo::utilities::result::Result<cmdfrmwrk::Command::ResultTrait> result(
-        static_cast<cmdfrmwrk::Command::ResultCode>(code));
-    result._mainMessage.assign(message, messageSize);
-    answer.result = std::move(result);
+    answer.result._errorCode = static_cast<cmdfrmwrk::Command::ResultCode>(code);
+    answer.result._mainMessage.assign(message, messageSize);
+    answer.result._trailingMessage.clear();
+    answer.result._nestedResults.clear();
 }
 
-const char declarationAndRoot[] = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\">";
+const char getAudioTsHead[] =
+    "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Answer><Result><ErrorCode>";
+const char setAudioDelayHead[] =
+    "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><SetAudioDelay_Answer><Result><ErrorCode>";
 
 } // namespace
 
@@ -174,9 +205,8 @@ bool LipSyncXmlSerializer::readCanonical(const std::string& xml, GetAudioTs::Ans
     std::size_t messageSize = 0;
     common::LipSyncNtpTimestamps timestamps{};
     const bool canonical =
-        cursor.literal(declarationAndRoot) && cursor.literal("<GetAudioTs_Answer>") &&
-        readResult(cursor, code, message, messageSize) &&
-        cursor.literal("<LipSyncNtpTimestamps><capture_timestamp>") &&
+        cursor.literal(getAudioTsHead) && readCodeAndMessage(cursor, code, message, messageSize) &&
+        cursor.literal("</Result><LipSyncNtpTimestamps><capture_timestamp>") &&
         cursor.unsignedNumber(timestamps.tCap) &&
         cursor.literal("</capture_timestamp><rendering_timestamp>") &&
         cursor.unsignedNumber(timestamps.tRdr) &&
@@ -200,9 +230,9 @@ bool LipSyncXmlSerializer::readCanonical(const std::string& xml, SetAudioDelay::
     int code = 0;
     const char* message = nullptr;
     std::size_t messageSize = 0;
-    const bool canonical = cursor.literal(declarationAndRoot) && cursor.literal("<SetAudioDelay_Answer>") &&
-                           readResult(cursor, code, message, messageSize) &&
-                           cursor.literal("</SetAudioDelay_Answer></AKVO>") && cursor.atEnd();
+    const bool canonical = cursor.literal(setAudioDelayHead) &&
+                           readCodeAndMessage(cursor, code, message, messageSize) &&
+                           cursor.literal("</Result></SetAudioDelay_Answer></AKVO>") && cursor.atEnd();
     if (!canonical) {
         return false;
     }

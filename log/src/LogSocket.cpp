@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -56,14 +55,12 @@ const char* logSocketPath()
 int openLogSocket(bool& failedAtConnect)
 {
     failedAtConnect = false;
-    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    // Non-blocking from its creation, so that a stalled daemon never blocks
+    // the logging thread; while no daemon listens, every record pays for
+    // this attempt, so it takes no system call that it can spare.
+    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd < 0) {
         return -errno;
-    }
-    // A stalled daemon must never block the logging thread.
-    const int flags = fcntl(fd, F_GETFL);
-    if (flags < 0 || fcntl(fd, F_SETFL, flags | O_NONBLOCK) < 0) {
-        return closeWithError(fd);
     }
     if (overrideTooLong) {
         failedAtConnect = true;

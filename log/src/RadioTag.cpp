@@ -11,21 +11,35 @@ namespace log {
 
 namespace {
 
+bool startsWith(const char* tag, const char (&prefix)[4])
+{
+    return std::strncmp(tag, prefix, 3) == 0;
+}
+
+// Every record asks, so the first character picks the one or two names it
+// can be before any comparison.
 bool isRadioTag(const char* tag)
 {
-    static const char* const prefixes[] = {"RIL", "IMS"};
-    static const char* const names[] = {"HTC_RIL", "AT", "GSM", "STK", "CDMA", "PHONE", "SMS"};
-    for (const char* prefix : prefixes) {
-        if (std::strncmp(tag, prefix, std::strlen(prefix)) == 0) {
-            return true;
-        }
+    switch (tag[0]) {
+    case 'R':
+        return startsWith(tag, "RIL");
+    case 'I':
+        return startsWith(tag, "IMS");
+    case 'H':
+        return std::strcmp(tag, "HTC_RIL") == 0;
+    case 'A':
+        return std::strcmp(tag, "AT") == 0;
+    case 'G':
+        return std::strcmp(tag, "GSM") == 0;
+    case 'S':
+        return std::strcmp(tag, "STK") == 0 || std::strcmp(tag, "SMS") == 0;
+    case 'C':
+        return std::strcmp(tag, "CDMA") == 0;
+    case 'P':
+        return std::strcmp(tag, "PHONE") == 0;
+    default:
+        return false;
     }
-    for (const char* name : names) {
-        if (std::strcmp(tag, name) == 0) {
-            return true;
-        }
-    }
-    return false;
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "ChildProcess.h"
 #include "LogReceiver.h"
 #include "velmo/kvo/log/AndroidLog.h"
 
@@ -7,6 +8,7 @@
 #include <ctime>
 #include <functional>
 #include <string>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -135,6 +137,21 @@ INSTANTIATE_TEST_SUITE_P(
         RecordCase{"bufWriteMainRedirects", [] { return __android_log_buf_write(3, 4, "AT", "m"); }, 1,
                    "\x04use-Rlog/RLOG-AT\0m\0"s}),
     [](const ::testing::TestParamInfo<RecordCase>& info) { return std::string(info.param.name); });
+
+// The writer keeps each thread's id; another thread and a forked child
+// (the child of a thread that has logged) carry their own.
+TEST(RecordBytes, CarryTheIdOfTheThreadThatWrote)
+{
+    akvo::test::LogReceiver& receiver = processLogReceiver();
+    const auto writtenId = [&receiver] {
+        __android_log_write(4, "T", "m");
+        const auto datagram = receiver.nextDatagram();
+        return datagram && datagram->size() >= 3 ? (*datagram)[1] | (*datagram)[2] << 8 : -1;
+    };
+    EXPECT_EQ(gettid() & 0xffff, writtenId());
+    std::thread([&writtenId] { EXPECT_EQ(gettid() & 0xffff, writtenId()); }).join();
+    akvo::test::expectPassesInChild([&writtenId] { EXPECT_EQ(gettid() & 0xffff, writtenId()); });
+}
 
 TEST(AbortMessage, IsRecordedForFatalWritesOnly)
 {

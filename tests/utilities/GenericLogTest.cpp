@@ -8,10 +8,14 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
+#include <functional>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using akvo::test::processLogReceiver;
 using velmo::utilities::Log;
@@ -36,6 +40,31 @@ TEST(GenericLog, StreamedPercentDirectivesStayLiteralOnBothSinks)
     Log::Stream<Level::Info>("AKVOLIPSYNCAPI") << "100%d %s";
     EXPECT_EQ("I/AKVOLIPSYNCAPI 100%d %s\n", stderrCapture.text());
     expectRecord(4, "AKVOLIPSYNCAPI", "100%d %s");
+}
+
+// The line is written whole from one buffer, or in pieces past 1024 bytes;
+// a format other than "%s" is formatted on the stack, or in the heap when long.
+TEST(GenericLog, FormatsTheStandardErrorLineAsPrintfDoes)
+{
+    const std::string longText(3000, 'l');
+    const struct
+    {
+        std::function<void()> log;
+        std::string line;
+    } cases[] = {
+        {[] { Log::log<Level::Info>("T", "%s", "plain"); }, "I/T plain\n"},
+        {[] { Log::log<Level::Info>("T", "%d-%s", 42, "x"); }, "I/T 42-x\n"},
+        {[&longText] { Log::log<Level::Fatal>("VELMO", "%s", longText.c_str()); },
+         "F/VELMO " + longText + "\n"},
+        {[&longText] { Log::log<Level::Info>("T", "<%s>", longText.c_str()); }, "I/T <" + longText + ">\n"},
+    };
+    processLogReceiver();
+    for (const auto& c : cases) {
+        akvo::test::StderrCapture stderrCapture;
+        c.log();
+        EXPECT_EQ(c.line, stderrCapture.text());
+    }
+    processLogReceiver().drain();
 }
 
 TEST(GenericLog, EmptyStreamAndHoldingAssertionEmitNothing)
@@ -80,6 +109,62 @@ TEST(GenericLog, WritesTheAndroidRecordBeforeTheStandardErrorLine)
     ASSERT_TRUE(record) << "no Android record while standard error was blocked";
     EXPECT_EQ("order", record->message);
     EXPECT_EQ("I/T order\n", std::string(line, static_cast<size_t>(std::max<ssize_t>(0, size))));
+}
+
+// Threads log at once into a pipe as standard error, which a reader drains:
+// every line arrives whole, with nothing of another thread's line inside it.
+// (A pipe keeps each write of up to 4096 bytes in one piece; the lines here
+// are shorter.)
+TEST(GenericLog, LinesOfConcurrentThreadsStayWhole)
+{
+    constexpr int threads = 4;
+    constexpr int linesPerThread = 500;
+    const auto message = [](int thread, int line) {
+        return std::to_string(thread) + " " + std::to_string(line) + " " +
+               std::string(static_cast<size_t>(line % 7) * 300, static_cast<char>('a' + thread));
+    };
+    processLogReceiver();
+    int pipeFds[2];
+    ASSERT_EQ(0, pipe2(pipeFds, O_CLOEXEC));
+    std::string written;
+    std::thread reader([&written, readEnd = pipeFds[0]] {
+        char chunk[65536];
+        ssize_t size;
+        while ((size = read(readEnd, chunk, sizeof(chunk))) > 0) {
+            written.append(chunk, static_cast<size_t>(size));
+        }
+    });
+    const int savedStderr = dup(STDERR_FILENO);
+    dup2(pipeFds[1], STDERR_FILENO);
+    close(pipeFds[1]);
+    std::vector<std::thread> loggers;
+    for (int thread = 0; thread < threads; ++thread) {
+        loggers.emplace_back([thread, &message] {
+            for (int line = 0; line < linesPerThread; ++line) {
+                Log::Stream<Level::Info>("T") << message(thread, line);
+            }
+        });
+    }
+    for (std::thread& logger : loggers) {
+        logger.join();
+    }
+    dup2(savedStderr, STDERR_FILENO);
+    close(savedStderr);
+    reader.join();
+    close(pipeFds[0]);
+    processLogReceiver().drain();
+
+    std::istringstream lines(written);
+    std::vector<int> nextLine(threads, 0);
+    std::string line;
+    while (std::getline(lines, line)) {
+        int thread = -1;
+        ASSERT_EQ(1, std::sscanf(line.c_str(), "I/T %d ", &thread)) << line.substr(0, 80);
+        ASSERT_TRUE(thread >= 0 && thread < threads) << line.substr(0, 80);
+        ASSERT_EQ("I/T " + message(thread, nextLine[thread]), line);
+        ++nextLine[thread];
+    }
+    EXPECT_EQ(std::vector<int>(threads, linesPerThread), nextLine);
 }
 
 TEST(Assertion, FailedLogsTheFatalLineThenAborts)

@@ -13,4 +13,10 @@
  */
 #define VELMO_EXPORT __attribute__((visibility("default")))
 
+/**
+ * Marks a member of an exported class that the shared library keeps to
+ * itself: the library's own layers call it, applications cannot link it.
+ */
+#define VELMO_LOCAL __attribute__((visibility("hidden")))
+
 #endif

@@ -3,10 +3,8 @@
 
 #include "velmo/kvo/cmdfrmwrk/Peer.h"
 #include "velmo/kvo/comms/Link.h"
-#include "velmo/utilities/log/Assertion.h"
 #include "velmo/utilities/result/Result.h"
 
-#include <memory>
 #include <new>
 #include <string>
 
@@ -50,28 +48,30 @@ private:
         if (serializeResult.isFailure()) {
             return PeerResult(serializeResult, SerializerError, Success);
         }
-        std::string* answerStr = nullptr;
         comms::TextProtocol::ProtocolResult transfer = _protocol.send(_request);
         if (transfer.isSuccess()) {
-            transfer = _protocol.receive(answerStr);
+            transfer = _protocol.receiveInto(_answer);
         }
         if (transfer.isFailure()) {
             return fromProtocolFailure(transfer);
         }
-        // Fixed output: names the Service's source, as it always has.
-        velmo::utilities::assertThat(
-            answerStr != nullptr,
-            "lipsyncapi/src/Service:94: Assertion answerStr != NULL failed: answer string is null");
-        const std::unique_ptr<const std::string> ownedAnswer(answerStr);
-        if (Serializer::readCanonical(*ownedAnswer, answer)) {
-            return PeerResult::success();
+        PeerResult result =
+            Serializer::readCanonical(_answer, answer)
+                ? PeerResult::success()
+                : PeerResult(serializer.deserialize(_answer, answer), SerializerError, Success);
+        // An answer far larger than the engine's usual ones gives its memory back.
+        if (_answer.capacity() > keptAnswerCapacity) {
+            std::string().swap(_answer);
         }
-        const auto deserializeResult = serializer.deserialize(*ownedAnswer, answer);
-        return PeerResult(deserializeResult, SerializerError, Success);
+        return result;
     }
 
-    // The last request's text; kept so that its buffer serves the next one.
+    static constexpr std::string::size_type keptAnswerCapacity = 4096;
+
+    // The last request's and the last answer's texts; kept so that their
+    // buffers serve the next exchange.
     std::string _request;
+    std::string _answer;
 };
 
 } // namespace cmdfrmwrk

@@ -71,6 +71,17 @@ public:
      */
     ProtocolResult receive(std::string*& message) override;
 
+    /**
+     * As receive(), but into @p message, whose buffer serves again: the
+     * library's own exchange, which allocates nothing once its buffers have
+     * grown to the size of the answers. Not exported by the shared library.
+     *
+     * @param[out] message on success, the text before the marker; unchanged
+     *        on failure.
+     * @return as receive().
+     */
+    VELMO_LOCAL ProtocolResult receiveInto(std::string& message);
+
 private:
     std::string _receivedData;
 };

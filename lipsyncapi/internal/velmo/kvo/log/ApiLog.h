@@ -2,6 +2,7 @@
 #define VELMO_KVO_LOG_APILOG_H
 
 #include "velmo/utilities/Decimal.h"
+#include "velmo/utilities/TextBuffer.h"
 #include "velmo/utilities/log/GenericLog.h"
 
 #include <cstring>
@@ -13,29 +14,30 @@ namespace log {
 
 // Collects one API call's parameters and result after the call has done its
 // work, and writes them as a single log line. `Logger` names the log and tag.
-// The line is composed in one buffer, reserved once, and numbers are written
-// with plain digits whatever the process's locale: a call costs one
-// allocation here, not the handful of string streams it would take.
-// Input parameters are added before output parameters.
+// The line is composed on the stack, where every line but one with a very
+// long parameter or result fits, so a call allocates nothing here; numbers
+// are written with plain digits whatever the process's locale. Input
+// parameters are added before output parameters.
 template <class Logger>
 class ApiLog
 {
 public:
-    ApiLog() { _line.reserve(expectedLength); }
-
-    ApiLog& addInputParam(const char* name, const std::string& value)
+    template <std::size_t N>
+    ApiLog& addInputParam(const char (&name)[N], const std::string& value)
     {
         beginSection(_inputs, " with input params: ");
         return addText(name, value.data(), value.size());
     }
 
-    ApiLog& addInputParam(const char* name, unsigned long long value)
+    template <std::size_t N>
+    ApiLog& addInputParam(const char (&name)[N], unsigned long long value)
     {
         beginSection(_inputs, " with input params: ");
         return addNumber(name, value);
     }
 
-    ApiLog& addOutputParam(const char* name, unsigned long long value)
+    template <std::size_t N>
+    ApiLog& addOutputParam(const char (&name)[N], unsigned long long value)
     {
         beginSection(_outputs, " with output params: ");
         return addNumber(name, value);
@@ -46,15 +48,17 @@ public:
     {
         const std::string text = result.format();
         if (!text.empty()) {
-            _line.append(" with result: ").append(text);
+            _line.append(" with result: ");
+            _line.append(text);
         }
         return *this;
     }
 
     // The event name leads the line, although it comes last.
-    void event(const char* name)
+    template <std::size_t N>
+    void event(const char (&name)[N])
     {
-        _line.insert(0, name);
+        _line.prepend(name, N - 1);
         if (!_line.empty()) {
             Logger::Log::template log<velmo::utilities::details::Level::Info>(Logger::tag, "%s",
                                                                               _line.c_str());
@@ -62,10 +66,8 @@ public:
     }
 
 private:
-    // A getAudioTimestamps line with its four numbers and a short result.
-    static constexpr std::string::size_type expectedLength = 256;
-
-    void beginSection(bool& begun, const char* heading)
+    template <std::size_t N>
+    void beginSection(bool& begun, const char (&heading)[N])
     {
         if (!begun) {
             begun = true;
@@ -75,25 +77,38 @@ private:
 
     // A value spanning lines gets a block of its own so the line stays
     // readable; every other value is followed by one blank.
-    ApiLog& addText(const char* name, const char* value, std::string::size_type size)
+    template <std::size_t N>
+    ApiLog& addText(const char (&name)[N], const char* value, std::size_t size)
     {
         _line.append(name);
         if (std::memchr(value, '\n', size) != nullptr) {
-            _line.append("={\n").append(value, size).append("}\n");
+            _line.append("={\n");
+            _line.append(value, size);
+            _line.append("}\n");
         } else {
-            _line.append("=").append(value, size).append(" ");
+            _line.append("=");
+            _line.append(value, size);
+            _line.append(" ");
         }
         return *this;
     }
 
-    ApiLog& addNumber(const char* name, unsigned long long value)
+    // Digits never span lines.
+    template <std::size_t N>
+    ApiLog& addNumber(const char (&name)[N], unsigned long long value)
     {
-        char digits[velmo::utilities::maxDecimalDigits];
-        const char* end = velmo::utilities::writeDecimal(digits, value);
-        return addText(name, digits, static_cast<std::string::size_type>(end - digits));
+        char text[N + velmo::utilities::maxDecimalDigits + 1];
+        std::memcpy(text, name, N - 1);
+        text[N - 1] = '=';
+        char* end = velmo::utilities::writeDecimal(text + N, value);
+        *end++ = ' ';
+        _line.append(text, static_cast<std::size_t>(end - text));
+        return *this;
     }
 
-    std::string _line;
+    // The Android record holds 1023 bytes of a line; standard error gets it
+    // whole, from the heap when it is longer.
+    velmo::utilities::TextBuffer<1024> _line;
     bool _inputs = false;
     bool _outputs = false;
 };

@@ -3,9 +3,9 @@
 
 #include "velmo/kvo/log/AndroidLog.h"
 #include "velmo/utilities/TypeList.h"
+#include "velmo/utilities/log/StandardErrorLine.h"
 
 #include <cstdarg>
-#include <cstdio>
 #include <sstream>
 #include <string>
 
@@ -40,14 +40,13 @@ struct LevelInfo<Level::Info>
 };
 } // namespace details
 
+// One line per message, "<letter>/<tag> <message>", written whole.
 struct StdIoLogTrait
 {
     template <details::Level::Enum L>
     static void valog(const char* tag, const char* format, va_list args)
     {
-        std::fprintf(stderr, "%s/%s ", details::LevelInfo<L>::letter, tag);
-        std::vfprintf(stderr, format, args);
-        std::fputc('\n', stderr);
+        writeStandardErrorLine(details::LevelInfo<L>::letter, tag, format, args);
     }
 };
 
