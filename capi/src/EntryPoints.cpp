@@ -1,6 +1,7 @@
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
 #include "ServiceLink.h"
+#include "SigpipeGuard.h"
 #include "Turn.h"
 #include "Watchdog.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -15,6 +16,7 @@ using velmo::kvo::common::LipSyncNtpTimestamps;
 using velmo::kvo::lipsyncapi::HeldTurn;
 using velmo::kvo::lipsyncapi::Service;
 using velmo::kvo::lipsyncapi::ServiceLink;
+using velmo::kvo::lipsyncapi::SigpipeGuard;
 using velmo::kvo::lipsyncapi::Turn;
 using velmo::kvo::lipsyncapi::Watchdog;
 
@@ -113,6 +115,7 @@ int32_t run(akvo_lipsync_service* handle, Waits waits, Call call) noexcept
         if (handle == nullptr) {
             return invalid("service");
         }
+        const SigpipeGuard sigpipeGuard;
         const Deadline deadline(handle->deadlineMs.load());
         HeldTurn handleTurn;
         HeldTurn engineTurn;
@@ -155,6 +158,7 @@ akvo_lipsync_service* akvo_lipsync_create(void)
 
 void akvo_lipsync_destroy(akvo_lipsync_service* service)
 {
+    const SigpipeGuard sigpipeGuard;
     delete service;
 }
 

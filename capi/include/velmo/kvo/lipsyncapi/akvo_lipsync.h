@@ -18,6 +18,13 @@
  * handle run one after another; calls that wait for the engine
  * (akvo_lipsync_set_audio_delay_margin(), akvo_lipsync_get_audio_timestamps())
  * run one after another in the whole process, whichever handle they use.
+ *
+ * Signals: no operation lets SIGPIPE reach the process, whatever its
+ * disposition, and none changes the disposition. A write to a connection that
+ * the engine or a deadline closed returns a failure instead; the calling
+ * thread's signal mask is the same after the call as before, and a SIGPIPE
+ * that was pending before the call is still pending after it (one that
+ * another program sends while a call takes back its own may go with it).
  */
 
 #include <stddef.h>
