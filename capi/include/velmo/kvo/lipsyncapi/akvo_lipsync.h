@@ -63,13 +63,21 @@ enum akvo_lipsync_code
     /** "The AKVO is not performing a call": the engine is not in a call. */
     AKVO_LIPSYNC_NOT_IN_CALL = 1007,
     /**
-     * The handle's deadline passed. Two cases, told apart by the text:
+     * The handle's deadline passed. Three cases, told apart by the text:
      * - during the exchange with the engine: the connection was closed to end
      *   the wait, the handle is now disconnected (connect it again before the
      *   next call), and the text nests the service's own result, e.g.
      *   "Deadline exceeded (Code 1100): No answer within 50 ms, disconnected
      *   {An error has occured in the transport layer (Code 1005): {...}}"
      *   (the disconnection leaves its log line, as any does);
+     * - while connecting: the engine did not accept the connection in time
+     *   (its queue of connections is full, because it stopped accepting); the
+     *   handle stays disconnected, nothing is left open, and the text nests
+     *   the service's result, which is also in the log line, e.g.
+     *   "Deadline exceeded (Code 1100): Not accepted within 50 ms {Cannot
+     *   connect to Audio KVO (Code 1004): {Connection has failed (Code 20002):
+     *   Unable to connect to /dev/socket/akvo_lipsync {Resource temporarily
+     *   unavailable (Code 11)}}}";
      * - while waiting for another call on the same handle or for another
      *   exchange in the process: nothing was done and the handle is as it
      *   was; the text reads "Deadline exceeded (Code 1100): Still waiting for
@@ -104,14 +112,22 @@ AKVO_LIPSYNC_API void akvo_lipsync_destroy(akvo_lipsync_service* service);
  * Bounds every later call on the handle to about `milliseconds`, waiting for
  * its turn included; 0 (the default) waits as long as the engine takes. Takes
  * effect at once, even while another thread is in a call on the handle, for
- * the calls that start afterwards. Only the wait for the turn and the wait for
- * the engine's answer are bounded: connecting to the local socket is not.
+ * the calls that start afterwards. Bounded are the wait for the turn, the
+ * wait for the engine to accept a connection, and the wait for the engine's
+ * answer, which the watchdog thread ends by closing the connection.
  */
 AKVO_LIPSYNC_API int32_t akvo_lipsync_set_deadline(akvo_lipsync_service* service, uint32_t milliseconds);
 
 /**
  * Connects to the engine's Unix socket `socket_name`, or to the default
- * "/dev/socket/akvo_lipsync" when it is NULL.
+ * "/dev/socket/akvo_lipsync" when it is NULL, with the results and the log
+ * line of the service's connect. A name that is empty, or longer than the
+ * 107 bytes that a Unix socket address holds, is refused with
+ * #AKVO_LIPSYNC_INVALID_PARAM before anything is done (no log line), e.g.
+ * "Invalid Param (Code 1002): socket_name is 123 bytes long, more than the
+ * 107 that a Unix socket address holds". Under a deadline, an engine that
+ * does not accept the connection in time ends the call with
+ * #AKVO_LIPSYNC_DEADLINE_EXCEEDED.
  */
 AKVO_LIPSYNC_API int32_t akvo_lipsync_connect(akvo_lipsync_service* service, const char* socket_name);
 
