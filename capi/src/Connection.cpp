@@ -7,11 +7,29 @@
 
 #include <exception>
 #include <memory>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace velmo {
 namespace kvo {
 namespace lipsyncapi {
+
+namespace {
+
+class Changing
+{
+public:
+    explicit Changing(std::atomic<bool>& flag) : _flag(flag) { _flag = true; }
+    ~Changing() { _flag = false; }
+
+    Changing(const Changing&) = delete;
+    Changing& operator=(const Changing&) = delete;
+
+private:
+    std::atomic<bool>& _flag;
+};
+
+} // namespace
 
 // What Service::connect does around connectInternal, with the socket opened
 // here: the same results and the same log line.
@@ -24,6 +42,7 @@ Service::ServiceResult Connection::connect(Service& service, const std::string& 
         return service.connect(socketName);
     }
     try {
+        const Changing changing(_changing);
         int fd = -1;
         const comms::Client::ClientResult connection =
             connectUnixSocket(socketName.c_str(), deadline, fd, outOfTime);
@@ -52,12 +71,43 @@ void Connection::adopt(Service& service, int fd)
     }
     ServiceLink::adopt(service, *link);
     _link = link.release();
+    _fd = fd;
 }
 
 Service::ServiceResult Connection::disconnect(Service& service)
 {
+    const Changing changing(_changing);
+    _fd = -1;
     _link = nullptr;
     return service.disconnect();
+}
+
+void Connection::inheritInChild()
+{
+    const int fd = _fd.exchange(-1);
+    _link = nullptr;
+    if (_changing) {
+        _inherited = Inherited::Unknown;
+        return;
+    }
+    if (fd < 0) {
+        return;
+    }
+    const int fresh = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    _inherited = fresh >= 0 && ::dup2(fresh, fd) == fd ? Inherited::Link : Inherited::Unknown;
+    if (fresh >= 0) {
+        ::close(fresh);
+    }
+}
+
+void Connection::settleInChild(Service& service)
+{
+    if (_inherited == Inherited::Link) {
+        ServiceLink::drop(service);
+    } else if (_inherited == Inherited::Unknown) {
+        ServiceLink::forget(service);
+    }
+    _inherited = Inherited::Nothing;
 }
 
 } // namespace lipsyncapi

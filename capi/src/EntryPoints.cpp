@@ -1,35 +1,22 @@
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
-#include "Connection.h"
 #include "Deadline.h"
+#include "Handle.h"
+#include "Process.h"
 #include "SigpipeGuard.h"
-#include "Turn.h"
-#include "Watchdog.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
-#include <atomic>
 #include <exception>
 #include <new>
 #include <string>
 #include <sys/un.h>
 
 using velmo::kvo::common::LipSyncNtpTimestamps;
-using velmo::kvo::lipsyncapi::Connection;
 using velmo::kvo::lipsyncapi::Deadline;
 using velmo::kvo::lipsyncapi::HeldTurn;
+using velmo::kvo::lipsyncapi::Process;
 using velmo::kvo::lipsyncapi::Service;
 using velmo::kvo::lipsyncapi::SigpipeGuard;
-using velmo::kvo::lipsyncapi::Turn;
-using velmo::kvo::lipsyncapi::Watchdog;
-
-struct akvo_lipsync_service
-{
-    Turn turn;
-    std::atomic<uint32_t> deadlineMs{0};
-    Service service;
-    Connection connection;
-    Watchdog watchdog;
-};
 
 namespace {
 
@@ -51,14 +38,6 @@ int32_t report(const Service::ServiceResult& result)
 int32_t invalid(const char* what)
 {
     return report(AKVO_LIPSYNC_INVALID_PARAM, std::string("Invalid Param (Code 1002): ") + what + " is NULL");
-}
-
-// The text protocol receives through one buffer shared by the whole process,
-// so only one exchange may wait for the engine at a time.
-Turn& exchangeTurn()
-{
-    static Turn turn;
-    return turn;
 }
 
 // No exception leaves the interface.
@@ -96,22 +75,24 @@ int32_t run(akvo_lipsync_service* handle, Waits waits, Call call) noexcept
         }
         const SigpipeGuard sigpipeGuard;
         const Deadline deadline(handle->deadlineMs.load());
+        Process& process = Process::get();
         HeldTurn handleTurn;
         HeldTurn engineTurn;
         // Always the handle's turn first: a caller holding several handles
         // cannot build a cycle.
         if (!deadline.take(handle->turn, handleTurn) ||
-            (waits == Waits::ForTheEngine && !deadline.take(exchangeTurn(), engineTurn))) {
+            (waits == Waits::ForTheEngine && !deadline.take(process.exchangeTurn(), engineTurn))) {
             return report(AKVO_LIPSYNC_DEADLINE_EXCEEDED, deadline.waitedTooLong());
         }
+        handle->connection.settleInChild(handle->service);
         velmo::kvo::comms::Link* watched =
             waits == Waits::ForTheEngine && deadline.isSet() ? handle->connection.link() : nullptr;
-        if (watched != nullptr && !handle->watchdog.arm(*watched, deadline.at())) {
+        if (watched != nullptr && !process.watchdog().arm(*watched, deadline.at())) {
             return report(AKVO_LIPSYNC_UNKNOWN_ERROR,
                           "Unknown error (Code 1001): No thread could be started to watch the deadline");
         }
         const int32_t code = call(*handle, deadline);
-        if (watched != nullptr && handle->watchdog.disarm()) {
+        if (watched != nullptr && process.watchdog().disarm()) {
             std::string cut = deadline.cutShort(resultText);
             handle->connection.disconnect(handle->service);
             return report(AKVO_LIPSYNC_DEADLINE_EXCEEDED, std::move(cut));
@@ -126,12 +107,28 @@ extern "C" {
 
 akvo_lipsync_service* akvo_lipsync_create(void)
 {
-    return new (std::nothrow) akvo_lipsync_service;
+    akvo_lipsync_service* handle = new (std::nothrow) akvo_lipsync_service;
+    try {
+        if (handle != nullptr) {
+            Process::get().add(*handle);
+        }
+        return handle;
+    } catch (const std::exception&) {
+        delete handle;
+        return nullptr;
+    }
 }
 
+// Out of the process's list first: a child forked from now on does not
+// count it among its handles.
 void akvo_lipsync_destroy(akvo_lipsync_service* service)
 {
+    if (service == nullptr) {
+        return;
+    }
     const SigpipeGuard sigpipeGuard;
+    Process::get().remove(*service);
+    service->connection.settleInChild(service->service);
     delete service;
 }
 
@@ -185,6 +182,11 @@ int32_t akvo_lipsync_disconnect(akvo_lipsync_service* service)
     return run(service, Waits::OnlyForItsTurn, [](akvo_lipsync_service& handle, const Deadline&) {
         return report(handle.connection.disconnect(handle.service));
     });
+}
+
+int akvo_lipsync_is_connected(const akvo_lipsync_service* service)
+{
+    return service != nullptr && service->connection.isConnected() ? 1 : 0;
 }
 
 int32_t akvo_lipsync_get_capabilities(akvo_lipsync_service* service, uint64_t* granularity_ms,

@@ -1,10 +1,13 @@
 #include "CInterface.h"
+#include "ChildProcess.h"
 #include "ResultTexts.h"
 #include "Simulator.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <iterator>
 #include <thread>
 #include <vector>
 
@@ -162,6 +165,7 @@ TEST(CInterfaceDeadline, HangCutShortLeavesItDisconnectedAndTheMarginAsAccepted)
 
     EXPECT_EQ(cutShort, outcome(akvo_lipsync_get_audio_timestamps(service, &timestamps)));
     EXPECT_TRUE(timestamps == (akvo_lipsync_timestamps{1, 2, 3, 4}));
+    EXPECT_EQ(0, akvo_lipsync_is_connected(service));
     EXPECT_EQ(notConnected, outcome(akvo_lipsync_get_audio_delay_margin(service, &margin)));
     EXPECT_EQ(succeeded, outcome(akvo_lipsync_connect(service, socket.c_str())));
     EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_audio_timestamps(service, &timestamps)));
@@ -202,6 +206,35 @@ TEST(CInterfaceDeadline, CallsStillWaitingForTheirTurnGiveUp)
     slowCall.join();
     EXPECT_EQ(AKVO_LIPSYNC_SUCCESS, slowCode);
     EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_audio_timestamps(other.get(), &timestamps)));
+}
+
+int threadCount()
+{
+    return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                                          std::filesystem::directory_iterator()));
+}
+
+// In a child, which starts with one thread.
+TEST(CInterfaceDeadline, OneWatchdogThreadServesEveryHandleAndEndsWithTheLast)
+{
+    SimulatorProcess simulator({"--fixed"});
+    akvo::test::expectPassesInChild([&] {
+        std::vector<Handle> handles;
+        for (int i = 0; i < 20; ++i) {
+            akvo_lipsync_timestamps timestamps = {0, 0, 0, 0};
+            handles.push_back(connectedHandle(simulator.socketPath()));
+            akvo_lipsync_set_deadline(handles.back().get(), 60000);
+            EXPECT_EQ(succeeded,
+                      outcome(akvo_lipsync_get_audio_timestamps(handles.back().get(), &timestamps)));
+        }
+        EXPECT_EQ(2, threadCount());
+        handles.clear();
+        // The thread has been joined; the system may list it a little longer.
+        for (int waited = 0; waited < 10000 && threadCount() > 1; waited += 5) {
+            usleep(5000);
+        }
+        EXPECT_EQ(1, threadCount());
+    });
 }
 
 // Each thread reads its own result text, whatever the others do meanwhile.

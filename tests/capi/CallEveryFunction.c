@@ -16,6 +16,7 @@ int akvo_test_call_every_function(void)
     unexpected += akvo_lipsync_set_deadline(service, 1000) != AKVO_LIPSYNC_SUCCESS;
     unexpected += akvo_lipsync_connect(service, "/nonexistent/akvo") != AKVO_LIPSYNC_CANNOT_CONNECT;
     unexpected += akvo_lipsync_disconnect(service) != AKVO_LIPSYNC_BAD_STATE;
+    unexpected += akvo_lipsync_is_connected(service) != 0;
     unexpected += akvo_lipsync_get_capabilities(service, &first, &second) != AKVO_LIPSYNC_BAD_STATE;
     unexpected += akvo_lipsync_set_audio_delay_margin(service, 20) != AKVO_LIPSYNC_BAD_STATE;
     unexpected += akvo_lipsync_get_audio_delay_margin(service, &first) != AKVO_LIPSYNC_BAD_STATE;

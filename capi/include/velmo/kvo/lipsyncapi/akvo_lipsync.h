@@ -7,7 +7,8 @@
  * interface. No C++ type crosses this interface, so it is also the library's
  * stable ABI. The header compiles as C99 and as C++.
  *
- * Every operation returns the service's code (#AKVO_LIPSYNC_SUCCESS and the
+ * Every operation but akvo_lipsync_is_connected() and
+ * akvo_lipsync_result_text() returns the service's code (#AKVO_LIPSYNC_SUCCESS and the
  * failures up to #AKVO_LIPSYNC_NOT_IN_CALL) or
  * #AKVO_LIPSYNC_DEADLINE_EXCEEDED, and leaves the whole text of its result
  * for the calling thread to read with akvo_lipsync_result_text(). A handle or
@@ -18,6 +19,10 @@
  * handle run one after another; calls that wait for the engine
  * (akvo_lipsync_set_audio_delay_margin(), akvo_lipsync_get_audio_timestamps())
  * run one after another in the whole process, whichever handle they use.
+ * The interface keeps one thread of its own, the watchdog of the deadlines
+ * (see akvo_lipsync_set_deadline()): it starts with the first call that waits
+ * for the engine under a deadline, serves every handle, blocks every signal,
+ * and ends when the last handle is destroyed.
  *
  * Signals: no operation lets SIGPIPE reach the process, whatever its
  * disposition, and none changes the disposition. A write to a connection that
@@ -25,6 +30,17 @@
  * thread's signal mask is the same after the call as before, and a SIGPIPE
  * that was pending before the call is still pending after it (one that
  * another program sends while a call takes back its own may go with it).
+ *
+ * fork(): a child starts with every handle it inherits disconnected (see
+ * akvo_lipsync_is_connected()), whatever the parent was doing with it, and
+ * never disturbs the parent's connections: the inherited socket is let go of
+ * without a word to the engine, and akvo_lipsync_destroy() returns. The child
+ * may connect a handle again; a deadline there is enforced by a watchdog of
+ * the child's own. The inherited descriptor names a socket that connects
+ * nowhere from the fork on, so a program that the child runs with exec does
+ * not hold the connection either. posix_spawn() and vfork() run no fork
+ * handlers: a program they start inherits the connection's socket, which is
+ * not close-on-exec, as the Service's is not.
  */
 
 #include <stddef.h>
@@ -104,7 +120,9 @@ AKVO_LIPSYNC_API akvo_lipsync_service* akvo_lipsync_create(void);
 /**
  * Disconnects (this leaves a log line like any disconnect) and frees the
  * handle. NULL is ignored. No other call may be running on the handle or be
- * made on it afterwards.
+ * made on it afterwards. Destroying the last handle ends the watchdog's
+ * thread, if it runs. In a forked child it lets go of a connection inherited
+ * from the parent without touching it.
  */
 AKVO_LIPSYNC_API void akvo_lipsync_destroy(akvo_lipsync_service* service);
 
@@ -133,6 +151,16 @@ AKVO_LIPSYNC_API int32_t akvo_lipsync_connect(akvo_lipsync_service* service, con
 
 /** Closes the connection. */
 AKVO_LIPSYNC_API int32_t akvo_lipsync_disconnect(akvo_lipsync_service* service);
+
+/**
+ * 1 while the handle holds a connection made in this process, else 0 (also
+ * for NULL): from a successful akvo_lipsync_connect() until
+ * akvo_lipsync_disconnect() or a deadline that closed the connection. A
+ * failed exchange (#AKVO_LIPSYNC_TRANSPORT_ERROR) leaves the handle
+ * connected. Does not wait for the handle's turn and leaves the result text
+ * as it is; a call in progress on another thread may change the answer.
+ */
+AKVO_LIPSYNC_API int akvo_lipsync_is_connected(const akvo_lipsync_service* service);
 
 /**
  * The margins that akvo_lipsync_set_audio_delay_margin() accepts: multiples
