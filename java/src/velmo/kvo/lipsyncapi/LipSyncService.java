@@ -5,7 +5,6 @@ import java.lang.ref.Reference;
 import java.nio.charset.StandardCharsets;
 import java.time.Duration;
 import java.util.Objects;
-import java.util.concurrent.locks.ReentrantReadWriteLock;
 
 /**
  * The audio engine's lip-sync service, over the native library libakvolipsyncapi.
@@ -20,7 +19,7 @@ import java.util.concurrent.locks.ReentrantReadWriteLock;
  * disconnect, margin and timestamps call also leaves one line in the system log.
  *
  * <p>{@link #close()} disconnects and frees the native service; a service that is never closed is freed once
- * it is no longer reachable. Calls after {@code close()} throw {@link IllegalStateException}.
+ * it is no longer reachable. Calls that start after {@code close()} throw {@link IllegalStateException}.
  */
 public final class LipSyncService implements AutoCloseable
 {
@@ -33,11 +32,13 @@ public final class LipSyncService implements AutoCloseable
 
     static { System.loadLibrary("akvolipsyncapi_jni"); }
 
-    // Calls share the read side; close() takes the write side, so the native service is never freed under a
-    // call.
-    private final ReentrantReadWriteLock lifetime = new ReentrantReadWriteLock();
     private final Cleaner.Cleanable cleanable;
-    private long handle;
+    private final long handle;
+    // Counts the calls in progress, so that close() frees the native service only after the last; and tells
+    // the calls that start after close() began that they may not.
+    private final Object lifetime = new Object();
+    private int callsInProgress;
+    private boolean closed;
 
     /** A disconnected service without a deadline. */
     public LipSyncService()
@@ -207,28 +208,39 @@ public final class LipSyncService implements AutoCloseable
     }
 
     /**
-     * Disconnects and frees the native service; waits for calls in progress on other threads (a deadline
-     * bounds that wait). Closing again does nothing.
+     * Disconnects and frees the native service. Calls that start from now on throw
+     * {@link IllegalStateException} at once; calls in progress on other threads run to their end first (a
+     * deadline bounds them). Closing again, even while the first close waits, does nothing.
      */
     @Override public void close()
     {
-        lifetime.writeLock().lock();
-        try {
-            if (handle != 0) {
-                handle = 0;
-                cleanable.clean();
+        synchronized (lifetime) {
+            if (closed) {
+                return;
             }
-        } finally {
-            lifetime.writeLock().unlock();
+            closed = true;
+            boolean interrupted = false;
+            while (callsInProgress > 0) {
+                try {
+                    lifetime.wait();
+                } catch (InterruptedException e) {
+                    interrupted = true;
+                }
+            }
+            if (interrupted) {
+                Thread.currentThread().interrupt();
+            }
         }
+        cleanable.clean();
     }
 
     private long acquire()
     {
-        lifetime.readLock().lock();
-        if (handle == 0) {
-            lifetime.readLock().unlock();
-            throw new IllegalStateException("The lip-sync service is closed");
+        synchronized (lifetime) {
+            if (closed) {
+                throw new IllegalStateException("The lip-sync service is closed");
+            }
+            ++callsInProgress;
         }
         return handle;
     }
@@ -237,7 +249,11 @@ public final class LipSyncService implements AutoCloseable
     // service under it.
     private void release()
     {
-        lifetime.readLock().unlock();
+        synchronized (lifetime) {
+            if (--callsInProgress == 0 && closed) {
+                lifetime.notifyAll();
+            }
+        }
         Reference.reachabilityFence(this);
     }
 

@@ -7,9 +7,11 @@ import static org.junit.Assert.assertTrue;
 import java.time.Duration;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.concurrent.ExecutionException;
 import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
 import java.util.concurrent.Future;
+import java.util.concurrent.TimeUnit;
 import org.junit.Test;
 import org.junit.function.ThrowingRunnable;
 
@@ -134,6 +136,31 @@ public class LipSyncServiceTest
                          () -> service.setDeadline(Duration.ofMillis(0xFFFF_FFFFL).plusNanos(1)));
             assertThrows(NullPointerException.class, () -> service.setDeadline(null));
         }
+    }
+
+    // A call that waits for the engine without a deadline holds close() back, but no call that starts meanwhile.
+    @Test public void callsThatStartWhileCloseWaitsFailAtOnce() throws Exception
+    {
+        final LipSyncService service = new LipSyncService();
+        final Thread closer = new Thread(service::close);
+        final ExecutorService executor = Executors.newFixedThreadPool(2);
+        try (Simulator simulator = new Simulator("--verbose", "--fault", "1:delay:600000")) {
+            service.connect(simulator.socketName());
+            executor.submit(service::getAudioTimestamps);
+            assertTrue(simulator.logShows("request 1: GetAudioTs_Request"));
+            service.setDeadline(Duration.ofMillis(100));
+            closer.start();
+            while (closer.getState() != Thread.State.WAITING) {
+                Thread.sleep(1);
+            }
+            final Future<Capabilities> later = executor.submit(service::getCapabilities);
+            final ExecutionException refused =
+                assertThrows(ExecutionException.class, () -> later.get(10, TimeUnit.SECONDS));
+            assertEquals(IllegalStateException.class, refused.getCause().getClass());
+        } finally {
+            executor.shutdown();
+        }
+        closer.join();
     }
 
     @Test public void closeTwiceAndUseAfterClose() throws Exception
