@@ -29,7 +29,7 @@ public:
     Service::ServiceResult disconnect(Service& service);
 
     // Null while disconnected.
-    comms::Link* link() const { return _link; }
+    comms::Link* link() const { return _link.load(); }
     bool isConnected() const { return _fd.load() >= 0; }
 
     // In a forked child, from the fork handler, before any other thread
@@ -55,7 +55,9 @@ private:
 
     void adopt(Service& service, int fd);
 
-    comms::Link* _link = nullptr;
+    // Atomic, as the descriptor, for the fork handler, which runs on
+    // whichever thread forks.
+    std::atomic<comms::Link*> _link{nullptr};
     // The link's socket while the Service holds the link, else -1.
     std::atomic<int> _fd{-1};
     // Set while connect() or disconnect() changes the Service.
