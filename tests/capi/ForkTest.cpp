@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <thread>
+#include <unistd.h>
 
 using akvo::test::connectedHandle;
 using akvo::test::Handle;
@@ -70,10 +71,15 @@ TEST(CInterfaceFork, AChildForkedDuringACallCanUseAndDestroyTheHandle)
         slowCode = akvo_lipsync_get_audio_timestamps(handle.get(), &slow);
     });
     ASSERT_TRUE(akvo::test::simulatorSaid(simulator, "request 1: GetAudioTs_Request"));
-    akvo::test::expectPassesInChild([&] {
-        EXPECT_EQ(notConnected, outcome(akvo_lipsync_get_audio_timestamps(handle.get(), &timestamps)));
+    const akvo::test::ProgramOutput child = runInChild([&]() -> int {
+        const bool inherited =
+            outcome(akvo_lipsync_get_audio_timestamps(handle.get(), &timestamps)) == notConnected;
         akvo_lipsync_destroy(handle.release());
+        // Ends here: LeakSanitizer would count what the thread in the call
+        // keeps in its thread-local storage, which this process cannot reach.
+        _exit(inherited ? 0 : 1);
     });
+    EXPECT_EQ(0, child.exitStatus);
     slowCall.join();
     EXPECT_EQ(AKVO_LIPSYNC_SUCCESS, slowCode);
 }
