@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -20,19 +21,11 @@ using akvo::test::succeeded;
 namespace {
 
 // A fresh folder, removed again with what the test left in it.
-class Folder
+struct Folder
 {
-public:
-    Folder()
-    {
-        char path[] = "/tmp/akvo-capi-XXXXXX";
-        _path = mkdtemp(path);
-    }
-    ~Folder() { std::filesystem::remove_all(_path); }
-    const std::string& path() const { return _path; }
-
-private:
-    std::string _path;
+    Folder() { mkdtemp(path); }
+    ~Folder() { std::filesystem::remove_all(path); }
+    char path[22] = "/tmp/akvo-capi-XXXXXX";
 };
 
 // Listens at `path` of up to 108 bytes, the last one without a terminator.
@@ -50,7 +43,8 @@ int listeningAt(const std::string& path, int backlog)
 TEST(CInterfaceConnect, NamesThatAUnixAddressCannotHoldAreRefusedBeforeAnythingIsDone)
 {
     const Folder folder;
-    const std::string fits = folder.path() + "/" + std::string(106 - folder.path().size(), 'n');
+    const std::string fits =
+        std::string(folder.path) + "/" + std::string(106 - std::strlen(folder.path), 'n');
     const int longest = listeningAt(fits, 1);
     // A longer name would be cut to the first 108 bytes, which name this socket.
     const int cut = listeningAt(fits + "x", 1);
@@ -73,7 +67,7 @@ TEST(CInterfaceConnect, NamesThatAUnixAddressCannotHoldAreRefusedBeforeAnythingI
 TEST(CInterfaceConnect, AFullQueueOfConnectionsHoldsConnectOnlyUntilTheDeadline)
 {
     const Folder folder;
-    const std::string path = folder.path() + "/engine";
+    const std::string path = std::string(folder.path) + "/engine";
     const int listener = listeningAt(path, 0);
     const int queued = akvo::test::connectedUnixSocket(path);
     const std::string result =

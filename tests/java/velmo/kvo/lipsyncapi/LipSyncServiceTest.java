@@ -5,12 +5,6 @@ import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
-import java.net.StandardProtocolFamily;
-import java.net.UnixDomainSocketAddress;
-import java.nio.channels.ServerSocketChannel;
-import java.nio.channels.SocketChannel;
-import java.nio.file.Files;
-import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.ExecutionException;
@@ -148,28 +142,6 @@ public class LipSyncServiceTest
                          () -> service.setDeadline(0xFFFF_FFFFL * 1_000_000 + 1, TimeUnit.NANOSECONDS));
             assertThrows(IllegalArgumentException.class, () -> service.setDeadline(Long.MAX_VALUE, TimeUnit.DAYS));
             assertThrows(NullPointerException.class, () -> service.setDeadline(1, null));
-        }
-    }
-
-    // The engine's queue of connections, of two, is full: connect() would wait until it accepts.
-    @Test public void connectUnderADeadlineEndsWhenTheEngineDoesNotAccept() throws Exception
-    {
-        final Path folder = Files.createTempDirectory("akvo-java-");
-        final UnixDomainSocketAddress engine = UnixDomainSocketAddress.of(folder.resolve("engine"));
-        try (ServerSocketChannel listener = ServerSocketChannel.open(StandardProtocolFamily.UNIX);
-             LipSyncService service = new LipSyncService()) {
-            listener.bind(engine, 1);
-            try (SocketChannel first = SocketChannel.open(engine); SocketChannel second = SocketChannel.open(engine)) {
-                assertTrue(first.isConnected() && second.isConnected());
-                service.setDeadline(100, TimeUnit.MILLISECONDS);
-                final LipSyncException failure =
-                    assertThrows(LipSyncException.class, () -> service.connect(engine.getPath().toString()));
-                assertEquals(LipSyncException.Code.DEADLINE_EXCEEDED, failure.getCodeName());
-                assertFalse(service.isConnected());
-            }
-        } finally {
-            Files.delete(engine.getPath());
-            Files.delete(folder);
         }
     }
 

@@ -31,10 +31,4 @@ public class ValuesTest
                      new Capabilities(20, 100).toString());
     }
 
-    @Test public void codesHaveNames()
-    {
-        assertEquals(LipSyncException.Code.DEADLINE_EXCEEDED, new LipSyncException(1100, "").getCodeName());
-        assertEquals(LipSyncException.Code.UNKNOWN_ERROR, LipSyncException.Code.of(1001));
-        assertEquals(null, LipSyncException.Code.of(1000));
-    }
 }
