@@ -91,7 +91,17 @@ int32_t run(akvo_lipsync_service* handle, Waits waits, Call call) noexcept
             return report(AKVO_LIPSYNC_UNKNOWN_ERROR,
                           "Unknown error (Code 1001): No thread could be started to watch the deadline");
         }
-        const int32_t code = call(*handle, deadline);
+        int32_t code = AKVO_LIPSYNC_UNKNOWN_ERROR;
+        try {
+            code = call(*handle, deadline);
+        } catch (const std::exception&) {
+            // Out of memory for the result text: the watchdog must not keep a
+            // link that a later disconnect frees.
+            if (watched != nullptr) {
+                process.watchdog().disarm();
+            }
+            throw;
+        }
         if (watched != nullptr && process.watchdog().disarm()) {
             std::string cut = deadline.cutShort(resultText);
             handle->connection.disconnect(handle->service);
