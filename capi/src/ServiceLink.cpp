@@ -6,30 +6,27 @@ namespace velmo {
 namespace kvo {
 namespace lipsyncapi {
 
-namespace {
-
-// Peer and Protocol keep these members protected. A pointer to a member,
-// named through a derived class, is the language's own way to read them from
-// outside, and it widens neither class's interface.
-struct PeerProtocol : cmdfrmwrk::Peer
+bool ServiceLink::holdsConnection(const Service& service)
 {
-    static constexpr comms::TextProtocol cmdfrmwrk::Peer::*member = &PeerProtocol::_protocol;
-};
+    return service._connected != 0;
+}
 
-struct ProtocolLink : comms::TextProtocol
+void ServiceLink::adopt(Service& service, comms::Link& link)
 {
-    static constexpr comms::Link* comms::Protocol<std::string>::*member = &ProtocolLink::_link;
-};
+    service._commandClient = new cmdfrmwrk::Client(&link);
+    service._connected = 1;
+}
 
-} // namespace
-
-comms::Link* ServiceLink::of(const Service& service)
+void ServiceLink::drop(Service& service)
 {
-    if (service._connected != 1 || service._commandClient == nullptr) {
-        return nullptr;
-    }
-    cmdfrmwrk::Peer& peer = *service._commandClient;
-    return (peer.*PeerProtocol::member).*ProtocolLink::member;
+    delete service._commandClient;
+    forget(service);
+}
+
+void ServiceLink::forget(Service& service)
+{
+    service._commandClient = nullptr;
+    service._connected = 0;
 }
 
 } // namespace lipsyncapi

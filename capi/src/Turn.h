@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 
 namespace velmo {
 namespace kvo {
@@ -43,6 +44,21 @@ public:
             _taken = false;
         }
         _given.notify_one();
+    }
+
+    // Around fork(): the parent's thread that forks holds the mutex, so that
+    // the child gets it in a known state.
+    void lockForFork() { _mutex.lock(); }
+    void unlockAfterFork() { _mutex.unlock(); }
+
+    // In the child: whoever held the turn or waited for it was another thread
+    // of the parent, which the child does not have. The condition variable
+    // still counts those waiters, so it starts afresh.
+    void resetInChild()
+    {
+        new (&_given) std::condition_variable;
+        _taken = false;
+        _mutex.unlock();
     }
 
 private:

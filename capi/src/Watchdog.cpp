@@ -1,32 +1,29 @@
 #include "Watchdog.h"
 
-#include <system_error>
+#include <csignal>
+#include <new>
 
 namespace velmo {
 namespace kvo {
 namespace lipsyncapi {
 
-Watchdog::~Watchdog()
-{
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        _stopping = true;
-    }
-    _wake.notify_one();
-    if (_thread.joinable()) {
-        _thread.join();
-    }
-}
-
 bool Watchdog::arm(comms::Link& link, Clock::time_point deadline)
 {
-    std::lock_guard<std::mutex> lock(_mutex);
-    if (!_thread.joinable()) {
-        try {
-            _thread = std::thread(&Watchdog::run, this);
-        } catch (const std::system_error&) {
+    std::unique_lock<std::mutex> lock(_mutex);
+    _stopped.wait(lock, [this] { return !_stopping; });
+    if (!_running) {
+        // The thread inherits the signal mask: with every signal blocked, no
+        // handler of the application ever runs on it.
+        sigset_t all;
+        sigset_t saved;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &saved);
+        const int created = pthread_create(&_thread, nullptr, &Watchdog::run, this);
+        pthread_sigmask(SIG_SETMASK, &saved, nullptr);
+        if (created != 0) {
             return false;
         }
+        _running = true;
     }
     _link = &link;
     _deadline = deadline;
@@ -49,9 +46,46 @@ bool Watchdog::disarm()
     return _expired;
 }
 
+void Watchdog::stop()
+{
+    std::unique_lock<std::mutex> lock(_mutex);
+    _stopped.wait(lock, [this] { return !_stopping; });
+    if (!_running || _link != nullptr) {
+        return;
+    }
+    _stopping = true;
+    _wake.notify_one();
+    const pthread_t thread = _thread;
+    lock.unlock();
+    pthread_join(thread, nullptr);
+    lock.lock();
+    _running = false;
+    _stopping = false;
+    _stopped.notify_all();
+}
+
+void Watchdog::resetInChild()
+{
+    new (&_wake) std::condition_variable;
+    new (&_stopped) std::condition_variable;
+    _running = false;
+    _stopping = false;
+    _link = nullptr;
+    _asleepUntil = Clock::time_point::max();
+    _expired = false;
+    _mutex.unlock();
+}
+
+void* Watchdog::run(void* watchdog)
+{
+    pthread_setname_np(pthread_self(), "akvo-watchdog");
+    static_cast<Watchdog*>(watchdog)->watch();
+    return nullptr;
+}
+
 // The link is closed under the mutex, so the calling thread cannot disarm
 // and free it in the middle.
-void Watchdog::run()
+void Watchdog::watch()
 {
     std::unique_lock<std::mutex> lock(_mutex);
     while (!_stopping) {

@@ -1,7 +1,9 @@
 // The native methods of velmo.kvo.lipsyncapi.LipSyncService, over the C
 // interface. Codes go back as they are; the Java side turns failures into
 // exceptions and reads the text, as bytes, since a text from the engine need
-// not be the JVM's modified UTF-8.
+// not be the JVM's modified UTF-8. The methods that use a handle are instance
+// methods: the JNI frame holds the service object, so it cannot become
+// unreachable, and its handle freed, while the call runs.
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
 #include <jni.h>
@@ -53,14 +55,14 @@ JNIEXPORT void JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeDestroy(JN
     akvo_lipsync_destroy(serviceOf(service));
 }
 
-JNIEXPORT void JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetDeadline(JNIEnv*, jclass,
+JNIEXPORT void JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetDeadline(JNIEnv*, jobject,
                                                                                   jlong service,
                                                                                   jlong milliseconds)
 {
     akvo_lipsync_set_deadline(serviceOf(service), static_cast<uint32_t>(milliseconds));
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeConnect(JNIEnv* env, jclass,
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeConnect(JNIEnv* env, jobject,
                                                                               jlong service,
                                                                               jbyteArray socketName)
 {
@@ -74,13 +76,19 @@ JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeConnect(JN
     }
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeDisconnect(JNIEnv*, jclass,
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeDisconnect(JNIEnv*, jobject,
                                                                                  jlong service)
 {
     return akvo_lipsync_disconnect(serviceOf(service));
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetCapabilities(JNIEnv* env, jclass,
+JNIEXPORT jboolean JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeIsConnected(JNIEnv*, jobject,
+                                                                                      jlong service)
+{
+    return akvo_lipsync_is_connected(serviceOf(service)) != 0 ? JNI_TRUE : JNI_FALSE;
+}
+
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetCapabilities(JNIEnv* env, jobject,
                                                                                       jlong service,
                                                                                       jlongArray values)
 {
@@ -92,14 +100,15 @@ JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetCapabil
     return code;
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetAudioDelayMargin(JNIEnv*, jclass,
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetAudioDelayMargin(JNIEnv*, jobject,
                                                                                           jlong service,
                                                                                           jlong delayMs)
 {
     return akvo_lipsync_set_audio_delay_margin(serviceOf(service), fromJava(delayMs));
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioDelayMargin(JNIEnv* env, jclass,
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioDelayMargin(JNIEnv* env,
+                                                                                          jobject,
                                                                                           jlong service,
                                                                                           jlongArray values)
 {
@@ -110,7 +119,7 @@ JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioDe
     return code;
 }
 
-JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioTimestamps(JNIEnv* env, jclass,
+JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioTimestamps(JNIEnv* env, jobject,
                                                                                          jlong service,
                                                                                          jlongArray values)
 {
@@ -123,7 +132,7 @@ JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeGetAudioTi
 }
 
 JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetVideoTimestamps(
-    JNIEnv*, jclass, jlong service, jlong capture, jlong rendering, jlong receiving, jlong jitterBufferDepth)
+    JNIEnv*, jobject, jlong service, jlong capture, jlong rendering, jlong receiving, jlong jitterBufferDepth)
 {
     const akvo_lipsync_timestamps timestamps = {fromJava(capture), fromJava(rendering), fromJava(receiving),
                                                 fromJava(jitterBufferDepth)};

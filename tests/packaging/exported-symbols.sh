@@ -76,6 +76,7 @@ required=(
   'akvo_lipsync_get_audio_delay_margin'
   'akvo_lipsync_get_audio_timestamps'
   'akvo_lipsync_set_video_timestamps'
+  'akvo_lipsync_is_connected'
   'akvo_lipsync_result_text'
   '__android_log_write'
   '__android_log_buf_write'

@@ -33,7 +33,7 @@ public final class Capabilities
 
     @Override public int hashCode()
     {
-        return Long.hashCode(granularityMs) * 31 + Long.hashCode(maxAudioDelayMarginMs);
+        return Longs.hashCode(granularityMs) * 31 + Longs.hashCode(maxAudioDelayMarginMs);
     }
 
     @Override public String toString()

@@ -3,8 +3,9 @@ package velmo.kvo.lipsyncapi;
 /**
  * The audio path's timestamps: capture, rendering and receiving as NTP 64-bit values, and the jitter buffer's
  * depth in the engine's own unit. All four are unsigned 64-bit numbers held in {@code long}s: values from
- * 2^63 on read as negative, so print them with {@link Long#toUnsignedString(long)} (as {@link #toString()}
- * does) and compare them with {@link Long#compareUnsigned(long, long)} (as {@link #compareTo} does).
+ * 2^63 on read as negative, so print them unsigned (as {@link #toString()} does, or with
+ * {@code Long.toUnsignedString(long)} from API level 24 on) and compare them unsigned (as {@link #compareTo}
+ * does).
  */
 public final class NtpTimestamps implements Comparable<NtpTimestamps>
 {
@@ -45,15 +46,15 @@ public final class NtpTimestamps implements Comparable<NtpTimestamps>
      */
     @Override public int compareTo(NtpTimestamps other)
     {
-        int order = Long.compareUnsigned(captureTimestamp, other.captureTimestamp);
+        int order = Longs.compareUnsigned(captureTimestamp, other.captureTimestamp);
         if (order == 0) {
-            order = Long.compareUnsigned(renderingTimestamp, other.renderingTimestamp);
+            order = Longs.compareUnsigned(renderingTimestamp, other.renderingTimestamp);
         }
         if (order == 0) {
-            order = Long.compareUnsigned(receivingTimestamp, other.receivingTimestamp);
+            order = Longs.compareUnsigned(receivingTimestamp, other.receivingTimestamp);
         }
         if (order == 0) {
-            order = Long.compareUnsigned(jitterBufferDepth, other.jitterBufferDepth);
+            order = Longs.compareUnsigned(jitterBufferDepth, other.jitterBufferDepth);
         }
         return order;
     }
@@ -65,17 +66,17 @@ public final class NtpTimestamps implements Comparable<NtpTimestamps>
 
     @Override public int hashCode()
     {
-        return ((Long.hashCode(captureTimestamp) * 31 + Long.hashCode(renderingTimestamp)) * 31 +
-                Long.hashCode(receivingTimestamp)) *
+        return ((Longs.hashCode(captureTimestamp) * 31 + Longs.hashCode(renderingTimestamp)) * 31 +
+                Longs.hashCode(receivingTimestamp)) *
             31 +
-            Long.hashCode(jitterBufferDepth);
+            Longs.hashCode(jitterBufferDepth);
     }
 
     @Override public String toString()
     {
-        return "NtpTimestamps{capture=" + Long.toUnsignedString(captureTimestamp) +
-            ", rendering=" + Long.toUnsignedString(renderingTimestamp) +
-            ", receiving=" + Long.toUnsignedString(receivingTimestamp) +
-            ", jitterBufferDepth=" + Long.toUnsignedString(jitterBufferDepth) + "}";
+        return "NtpTimestamps{capture=" + Longs.toUnsignedString(captureTimestamp) +
+            ", rendering=" + Longs.toUnsignedString(renderingTimestamp) +
+            ", receiving=" + Longs.toUnsignedString(receivingTimestamp) +
+            ", jitterBufferDepth=" + Longs.toUnsignedString(jitterBufferDepth) + "}";
     }
 }

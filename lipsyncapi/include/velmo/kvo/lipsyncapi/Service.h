@@ -270,7 +270,8 @@ public:
 
 private:
     friend struct ServiceTestAccess;
-    // The C interface closes a late exchange's socket from a watchdog thread.
+    // The C interface's way in: it opens the engine's socket itself, so that
+    // a deadline bounds the attempt, and hands the link over. Not exported.
     friend struct ServiceLink;
 
     ServiceResult connectInternal(const std::string& socketName);

@@ -1,15 +1,17 @@
 package velmo.kvo.lipsyncapi;
 
 import static org.junit.Assert.assertEquals;
+import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
-import java.time.Duration;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.concurrent.ExecutionException;
 import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
 import java.util.concurrent.Future;
+import java.util.concurrent.TimeUnit;
 import org.junit.Test;
 import org.junit.function.ThrowingRunnable;
 
@@ -29,6 +31,7 @@ public class LipSyncServiceTest
         final LipSyncException failure = assertThrows(LipSyncException.class, call);
         assertEquals(text, failure.getText());
         assertEquals(code, failure.getCode());
+        assertEquals(code, failure.getCodeName().value());
     }
 
     @Test public void everyOperation() throws Exception
@@ -47,7 +50,13 @@ public class LipSyncServiceTest
                 "Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to connect "
                     + "to " + missing + " {No such file or directory (Code 2)}}",
                 () -> service.connect(missing));
+            assertFails(LipSyncException.INVALID_PARAM,
+                        "Invalid Param (Code 1002): socket_name is 109 bytes long, more than the 107 that a Unix "
+                            + "socket address holds",
+                        () -> service.connect("/" + "\u00e9".repeat(54)));
+            assertFalse(service.isConnected());
             service.connect(simulator.socketName());
+            assertTrue(service.isConnected());
             assertFails(LipSyncException.BAD_STATE,
                         "Bad state (Code 1003): Already connected to the audio KVO",
                         () -> service.connect(simulator.socketName()));
@@ -57,16 +66,14 @@ public class LipSyncServiceTest
             assertFails(LipSyncException.INVALID_PARAM,
                         "Invalid Param (Code 1002):  audio delay margin 150 is not in range [0..100]",
                         () -> service.setAudioDelayMargin(150));
-            assertFails(
-                LipSyncException.INVALID_PARAM,
-                "Invalid Param (Code 1002):  audio delay margin 18446744073709551615 is not in range [0..100]",
-                () -> service.setAudioDelayMargin(-1L));
+            assertThrows(IllegalArgumentException.class, () -> service.setAudioDelayMargin(-20));
             service.setAudioDelayMargin(40);
             assertEquals(40, service.getAudioDelayMargin());
             assertEquals(FIXED, service.getAudioTimestamps());
             service.setVideoTimestamps(new NtpTimestamps(-1L, -2L, -3L, -4L));
 
             service.disconnect();
+            assertFalse(service.isConnected());
             assertFails(LipSyncException.BAD_STATE, NOT_CONNECTED, service::disconnect);
         }
     }
@@ -84,11 +91,12 @@ public class LipSyncServiceTest
         try (Simulator simulator =
                  new Simulator("--fixed", "--fault", "2:delay:5000", "--fault", "4:delay:5000");
              LipSyncService service = new LipSyncService()) {
-            service.setDeadline(Duration.ofMillis(200));
+            service.setDeadline(200, TimeUnit.MILLISECONDS);
             service.connect(simulator.socketName());
             service.setAudioDelayMargin(40);
 
             assertFails(LipSyncException.DEADLINE_EXCEEDED, CUT, service::getAudioTimestamps);
+            assertFalse(service.isConnected());
             assertFails(LipSyncException.BAD_STATE, NOT_CONNECTED, service::getCapabilities);
             service.connect(simulator.socketName());
             assertEquals(FIXED, service.getAudioTimestamps());
@@ -96,7 +104,7 @@ public class LipSyncServiceTest
             assertFails(LipSyncException.DEADLINE_EXCEEDED, CUT, () -> service.setAudioDelayMargin(60));
             service.connect(simulator.socketName());
             assertEquals(40, service.getAudioDelayMargin());
-            service.setDeadline(Duration.ZERO);
+            service.setDeadline(0, TimeUnit.SECONDS);
             assertEquals(FIXED, service.getAudioTimestamps());
         }
     }
@@ -108,14 +116,14 @@ public class LipSyncServiceTest
              LipSyncService slow = new LipSyncService(); LipSyncService other = new LipSyncService()) {
             slow.connect(simulator.socketName());
             other.connect(simulator.socketName());
-            other.setDeadline(Duration.ofMillis(100));
+            other.setDeadline(100, TimeUnit.MILLISECONDS);
             final Future<NtpTimestamps> slowCall = executor.submit(slow::getAudioTimestamps);
             assertTrue(simulator.logShows("request 1: GetAudioTs_Request"));
 
             final String waited =
                 "Deadline exceeded (Code 1100): Still waiting for another call after 100 ms, nothing done";
             assertFails(LipSyncException.DEADLINE_EXCEEDED, waited, other::getAudioTimestamps);
-            slow.setDeadline(Duration.ofMillis(100));
+            slow.setDeadline(100_000, TimeUnit.MICROSECONDS);
             assertFails(LipSyncException.DEADLINE_EXCEEDED, waited, slow::getCapabilities);
             slowCall.get();
             other.getAudioTimestamps();
@@ -127,13 +135,39 @@ public class LipSyncServiceTest
     @Test public void deadlineIsCheckedAndRoundedUp()
     {
         try (LipSyncService service = new LipSyncService()) {
-            service.setDeadline(Duration.ofNanos(1));
-            service.setDeadline(Duration.ofMillis(0xFFFF_FFFFL));
-            assertThrows(IllegalArgumentException.class, () -> service.setDeadline(Duration.ofMillis(-1)));
+            service.setDeadline(1, TimeUnit.NANOSECONDS);
+            service.setDeadline(0xFFFF_FFFFL, TimeUnit.MILLISECONDS);
+            assertThrows(IllegalArgumentException.class, () -> service.setDeadline(-1, TimeUnit.MILLISECONDS));
             assertThrows(IllegalArgumentException.class,
-                         () -> service.setDeadline(Duration.ofMillis(0xFFFF_FFFFL).plusNanos(1)));
-            assertThrows(NullPointerException.class, () -> service.setDeadline(null));
+                         () -> service.setDeadline(0xFFFF_FFFFL * 1_000_000 + 1, TimeUnit.NANOSECONDS));
+            assertThrows(IllegalArgumentException.class, () -> service.setDeadline(Long.MAX_VALUE, TimeUnit.DAYS));
+            assertThrows(NullPointerException.class, () -> service.setDeadline(1, null));
         }
+    }
+
+    // A call that waits for the engine without a deadline holds close() back, but no call that starts meanwhile.
+    @Test public void callsThatStartWhileCloseWaitsFailAtOnce() throws Exception
+    {
+        final LipSyncService service = new LipSyncService();
+        final Thread closer = new Thread(service::close);
+        final ExecutorService executor = Executors.newFixedThreadPool(2);
+        try (Simulator simulator = new Simulator("--verbose", "--fault", "1:delay:600000")) {
+            service.connect(simulator.socketName());
+            executor.submit(service::getAudioTimestamps);
+            assertTrue(simulator.logShows("request 1: GetAudioTs_Request"));
+            service.setDeadline(100, TimeUnit.MILLISECONDS);
+            closer.start();
+            while (closer.getState() != Thread.State.WAITING) {
+                Thread.sleep(1);
+            }
+            final Future<Capabilities> later = executor.submit(service::getCapabilities);
+            final ExecutionException refused =
+                assertThrows(ExecutionException.class, () -> later.get(10, TimeUnit.SECONDS));
+            assertEquals(IllegalStateException.class, refused.getCause().getClass());
+        } finally {
+            executor.shutdown();
+        }
+        closer.join();
     }
 
     @Test public void closeTwiceAndUseAfterClose() throws Exception
@@ -147,7 +181,8 @@ public class LipSyncServiceTest
                 assertThrows(IllegalStateException.class, service::getAudioTimestamps);
             assertEquals("The lip-sync service is closed", closed.getMessage());
             assertThrows(IllegalStateException.class, () -> service.connect(simulator.socketName()));
-            assertThrows(IllegalStateException.class, () -> service.setDeadline(Duration.ZERO));
+            assertThrows(IllegalStateException.class, () -> service.setDeadline(0, TimeUnit.SECONDS));
+            assertThrows(IllegalStateException.class, service::isConnected);
         }
     }
 
@@ -210,7 +245,7 @@ public class LipSyncServiceTest
                 services.add(new LipSyncService());
                 services.get(i).connect(simulator.socketName());
             }
-            services.get(1).setDeadline(Duration.ofSeconds(60));
+            services.get(1).setDeadline(60, TimeUnit.SECONDS);
             for (final Future<Void> caller : startCallers(executor, services.subList(0, 1), 8)) {
                 caller.get();
             }

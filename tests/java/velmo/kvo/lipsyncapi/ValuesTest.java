@@ -30,4 +30,5 @@ public class ValuesTest
         assertEquals("Capabilities{granularityMs=20, maxAudioDelayMarginMs=100}",
                      new Capabilities(20, 100).toString());
     }
+
 }

@@ -1,6 +1,6 @@
 package velmo.kvo.lipsyncapi.demo;
 
-import java.time.Duration;
+import java.util.concurrent.TimeUnit;
 import velmo.kvo.lipsyncapi.LipSyncException;
 import velmo.kvo.lipsyncapi.LipSyncService;
 import velmo.kvo.lipsyncapi.NtpTimestamps;
@@ -20,7 +20,7 @@ public final class LipSyncDemo
         final String socket = arguments.length > 0 ? arguments[0] : LipSyncService.DEFAULT_SOCKET_NAME;
         final int calls = arguments.length > 1 ? Integer.parseInt(arguments[1]) : 0;
         try (LipSyncService service = new LipSyncService()) {
-            service.setDeadline(Duration.ofSeconds(2));
+            service.setDeadline(2, TimeUnit.SECONDS);
             service.connect(socket);
             System.out.println("capabilities: " + service.getCapabilities());
             service.setAudioDelayMargin(40);
@@ -32,9 +32,9 @@ public final class LipSyncDemo
                 System.out.println("refused with code " + refused.getCode() + ": " + refused.getText());
             }
             if (calls > 0) {
-                service.setDeadline(Duration.ZERO);
+                service.setDeadline(0, TimeUnit.SECONDS);
                 timeCalls(service, calls, "without a deadline");
-                service.setDeadline(Duration.ofSeconds(2));
+                service.setDeadline(2, TimeUnit.SECONDS);
                 timeCalls(service, calls, "with a deadline");
             }
         }
