@@ -37,10 +37,10 @@ inline int reportUsageError(const CLI::App& app, std::string reason)
 template <typename Number>
 CLI::Validator unsignedNumber()
 {
-    const unsigned long long largest = static_cast<unsigned long long>(std::numeric_limits<Number>::max());
+    constexpr unsigned long long largest = std::numeric_limits<Number>::max();
     const std::string expected = "expected a number from 0 to " + std::to_string(largest) + ", got ";
     return CLI::Validator(
-        [expected, largest](std::string& text) {
+        [expected](std::string& text) {
             char* end = nullptr;
             errno = 0;
             const unsigned long long value = std::strtoull(text.c_str(), &end, 10);
