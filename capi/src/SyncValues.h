@@ -11,7 +11,8 @@ namespace kvo {
 namespace lipsyncapi {
 
 // The C structs and enumerations are the C++ ones spelled for C.
-static_assert(AKVO_LIPSYNC_SYNC_TRACKING == static_cast<int>(sync::State::Tracking) &&
+static_assert(AKVO_LIPSYNC_SYNC_STARTING == static_cast<int>(sync::State::Starting) &&
+                  AKVO_LIPSYNC_SYNC_TRACKING == static_cast<int>(sync::State::Tracking) &&
                   AKVO_LIPSYNC_SYNC_MARGIN_PENDING == static_cast<int>(sync::State::MarginPending) &&
                   AKVO_LIPSYNC_SYNC_RECOVERING == static_cast<int>(sync::State::Recovering),
               "the C states are the C++ ones");

@@ -96,8 +96,10 @@ const akvo_lipsync_sync_calls javaCalls = {
     nullptr,
     [](void* context) {
         JavaRunner& java = javaRunnerOf(context);
-        return static_cast<int>(
-            java.call([&] { return java.env->CallBooleanMethod(java.self, java.isConnected) == JNI_TRUE; }));
+        const jint connected =
+            java.call([&] { return java.env->CallBooleanMethod(java.self, java.isConnected) == JNI_TRUE; });
+        // After an exception the service counts as disconnected, and the calls that follow fail at once.
+        return connected == 1 ? 1 : 0;
     },
     [](void* context) {
         JavaRunner& java = javaRunnerOf(context);
