@@ -200,14 +200,13 @@ typedef struct akvo_lipsync_sync_runner akvo_lipsync_sync_runner;
  * A runner that keeps a call in lip sync over `service`, a handle of
  * akvo_lipsync.h, and a controller of its own for polls every
  * `poll_interval_ms`; NULL when out of memory or when `service` is NULL.
- * Each poll connects the handle
- * to `socket_name` (NULL: the default "/dev/socket/akvo_lipsync") when it is
- * not connected, reads the audio timestamps, hands them with the frame on
- * screen to the controller, and sends the margin that the controller asks
- * for. A transport failure (#AKVO_LIPSYNC_TRANSPORT_ERROR) disconnects the
- * handle, and so does a deadline that ended an exchange: the next poll
- * connects anew and re-applies the margin, since the engine may have
- * restarted.
+ * Each poll connects the handle to `socket_name` (NULL: the default
+ * "/dev/socket/akvo_lipsync") when it is not connected, reads the audio
+ * timestamps, hands them with the frame on screen to the controller, and
+ * sends the margin that the controller asks for. A transport failure
+ * (#AKVO_LIPSYNC_TRANSPORT_ERROR) disconnects the handle, and so does a
+ * deadline that ended an exchange: the next poll connects anew and
+ * re-applies the margin, since the engine may have restarted.
  *
  * The calls are the handle's: its deadline (akvo_lipsync_set_deadline())
  * bounds each, none lets SIGPIPE reach the process, and a forked child starts
