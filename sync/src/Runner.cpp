@@ -1,7 +1,6 @@
 #include "velmo/kvo/sync/Runner.h"
 
-#include <chrono>
-#include <thread>
+#include "velmo/kvo/sync/PollLoop.h"
 
 namespace velmo {
 namespace kvo {
@@ -11,26 +10,73 @@ using lipsyncapi::Service;
 
 namespace {
 
-// Keeps the text of a failure; after a transport failure it closes the
-// connection: part of an answer may still wait on it, and the engine may have
-// restarted, so the next poll starts on a new one.
-Service::ResultCode note(const Service::ServiceResult& result, Service& service, bool& connected,
-                         std::string& lastFailure)
+// The engine behind a Service of the runner's own.
+class ServiceEngine final : public Engine
 {
-    if (result.isFailure()) {
-        lastFailure = result.format();
+public:
+    explicit ServiceEngine(const std::string& socketPath) : _socketPath(socketPath) {}
+
+    bool isConnected() override { return _connected; }
+
+    int32_t connect(std::string& failure) override
+    {
+        const int32_t code = noted(_service.connect(_socketPath), failure);
+        _connected = code == Service::Success;
+        return code;
     }
-    if (result.getErrorCode() == Service::TransportError) {
-        service.disconnect();
-        connected = false;
+
+    void disconnect() override
+    {
+        _service.disconnect();
+        _connected = false;
     }
-    return result.getErrorCode();
+
+    int32_t getAudioTimestamps(common::LipSyncNtpTimestamps& audio, std::string& failure) override
+    {
+        return noted(_service.getAudioTimestamps(audio), failure);
+    }
+
+    int32_t setAudioDelayMargin(unsigned marginMs, std::string& failure) override
+    {
+        return noted(_service.setAudioDelayMargin(marginMs), failure);
+    }
+
+private:
+    static int32_t noted(const Service::ServiceResult& result, std::string& failure)
+    {
+        if (result.isFailure()) {
+            failure = result.format();
+        }
+        return result.getErrorCode();
+    }
+
+    Service _service;
+    std::string _socketPath;
+    bool _connected = false;
+};
+
+// Every code of a Service is a Service::ResultCode.
+RunnerReport fromService(const PollReport& report)
+{
+    return {report.decision, report.connected, static_cast<Service::ResultCode>(report.timestampsCode),
+            static_cast<Service::ResultCode>(report.marginCode), report.audio};
 }
 
 } // namespace
 
+struct Runner::Impl
+{
+    Impl(const std::string& socketPath, unsigned pollIntervalMs)
+        : engine(socketPath), loop(engine, pollIntervalMs)
+    {
+    }
+
+    ServiceEngine engine;
+    PollLoop loop;
+};
+
 Runner::Runner(const std::string& socketPath, unsigned pollIntervalMs)
-    : _controller(pollIntervalMs), _socketPath(socketPath), _pollIntervalMs(pollIntervalMs)
+    : _impl(std::make_unique<Impl>(socketPath, pollIntervalMs))
 {
 }
 
@@ -38,50 +84,23 @@ Runner::~Runner() = default;
 
 RunnerReport Runner::poll(long long nowMs, const VideoTimestamps* video)
 {
-    RunnerReport report{};
-    report.timestampsCode = Service::Success;
-    report.marginCode = Service::Success;
-    if (!_connected) {
-        report.timestampsCode = note(_service.connect(_socketPath), _service, _connected, _lastFailure);
-        _connected = report.timestampsCode == Service::Success;
-        if (_connected) {
-            _controller.reconnected();
-        }
-    }
-    Poll poll{
-        nowMs, false, {0, 0, 0, 0}, video != nullptr, video != nullptr ? *video : VideoTimestamps{0, 0}};
-    if (_connected) {
-        report.timestampsCode =
-            note(_service.getAudioTimestamps(poll.audio), _service, _connected, _lastFailure);
-        poll.audioValid = report.timestampsCode == Service::Success;
-    }
-    report.decision = _controller.update(poll);
-    if (_connected && report.decision.applyMargin) {
-        report.marginCode =
-            note(_service.setAudioDelayMargin(report.decision.marginMs), _service, _connected, _lastFailure);
-        _controller.marginApplied(nowMs, report.decision.marginMs, report.marginCode == Service::Success);
-    }
-    report.connected = _connected;
-    return report;
+    return fromService(_impl->loop.poll(nowMs, video));
 }
 
 void Runner::run(const std::function<bool(VideoTimestamps&)>& frame,
                  const std::function<bool(const RunnerReport&)>& report)
 {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point start = Clock::now();
-    Clock::time_point next = start;
-    for (;;) {
-        VideoTimestamps video{0, 0};
-        const bool shown = frame(video);
-        const long long nowMs =
-            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-        if (!report(poll(nowMs, shown ? &video : nullptr))) {
-            return;
-        }
-        next += std::chrono::milliseconds(_pollIntervalMs);
-        std::this_thread::sleep_until(next);
-    }
+    _impl->loop.run(frame, [&report](const PollReport& polled) { return report(fromService(polled)); });
+}
+
+const std::string& Runner::lastFailure() const
+{
+    return _impl->loop.lastFailure();
+}
+
+const Controller& Runner::controller() const
+{
+    return _impl->loop.controller();
 }
 
 } // namespace sync

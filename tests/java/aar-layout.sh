@@ -26,8 +26,12 @@ grep -q 'android:minSdkVersion="21"' AndroidManifest.xml || fail "AndroidManifes
 [ ! -s R.txt ] || fail "R.txt is not empty"
 grep -Pzq 'class velmo\.kvo\.lipsyncapi\.LipSyncService \{\s*native <methods>;' proguard.txt ||
   fail "proguard.txt keeps no native methods of LipSyncService"
-declared=$(javap -p -cp classes.jar velmo.kvo.lipsyncapi.LipSyncService |
-  sed -n 's/.* native [^ ]* \([A-Za-z]*\)(.*/Java_velmo_kvo_lipsyncapi_LipSyncService_\1/p' | LC_ALL=C sort)
+classes=$(jar tf classes.jar | sed -n 's/\.class$//p' | tr / .)
+# shellcheck disable=SC2086
+declared=$(javap -p -cp classes.jar $classes | awk '
+  / class velmo\.kvo\.lipsyncapi\./ { match($0, /lipsyncapi\.[A-Za-z]+/); name = substr($0, RSTART + 11, RLENGTH - 11) }
+  / native / { method = $0; sub(/\(.*/, "", method); print "Java_velmo_kvo_lipsyncapi_" name "_" words[split(method, words, " ")] }' |
+  LC_ALL=C sort)
 exported=$(nm -D --defined-only jni/x86/libakvolipsyncapi_jni.so | awk '{ print $3 }' | LC_ALL=C sort)
 [ "$declared" = "$exported" ] || fail $'native methods\n'"$declared"$'\nbut JNI exports\n'"$exported"
 [ $status -eq 0 ] && echo "$(basename "$aar"): $(wc -l <<<"$files") files as Android takes them, $(wc -l <<<"$declared") native methods exported"

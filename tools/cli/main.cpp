@@ -4,6 +4,7 @@
 #include "BrokenPipes.h"
 #include "CommandLine.h"
 #include "Commands.h"
+#include "SyncCommand.h"
 
 #include "velmo/kvo/lipsyncapi/Service.h"
 
@@ -17,6 +18,7 @@ int main(int argc, char** argv)
     std::string socketName = velmo::kvo::lipsyncapi::Service::defaultLipsyncSocketName;
     bool json = false;
     CommandArgs args;
+    SyncArgs syncArgs;
 
     CLI::App app(std::string("Client of the audio engine's lip-sync service.\n") + exitStatusHelp,
                  "akvo-lipsync");
@@ -35,6 +37,7 @@ int main(int argc, char** argv)
                                 "with a prompt, line editing and history on a terminal; a line may give "
                                 "its own --timeout-ms")
         ->footer(shellExitStatus);
+    addSyncCommand(app, syncArgs);
     if (const std::optional<int> status = velmo::kvo::tools::parseCommandLine(app, argc, argv)) {
         return *status;
     }
@@ -50,6 +53,8 @@ int main(int argc, char** argv)
     int status = ExitSuccess;
     if (app.got_subcommand("shell")) {
         status = runShell(session, socketName, args.timeoutMs, output);
+    } else if (app.got_subcommand("sync")) {
+        status = runSync(syncArgs, socketName, args.timeoutMs, output);
     } else {
         status = session.connect(socketName, true);
         if (status == ExitSuccess) {

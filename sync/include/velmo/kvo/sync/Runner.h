@@ -11,6 +11,7 @@
 #include "velmo/utilities/Export.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace velmo {
@@ -29,6 +30,8 @@ struct RunnerReport
     lipsyncapi::Service::ResultCode timestampsCode;
     /// The outcome of the margin sent in this poll; Success when none was sent.
     lipsyncapi::Service::ResultCode marginCode;
+    /// The audio timestamps this poll read; all 0 unless `timestampsCode` is Success.
+    common::LipSyncNtpTimestamps audio;
 };
 
 /**
@@ -72,17 +75,13 @@ public:
              const std::function<bool(const RunnerReport&)>& report);
 
     /// The text of the last call that failed (its format()), or "" when none has.
-    const std::string& lastFailure() const { return _lastFailure; }
+    const std::string& lastFailure() const;
     /// The controller, for what it has learnt.
-    const Controller& controller() const { return _controller; }
+    const Controller& controller() const;
 
 private:
-    lipsyncapi::Service _service;
-    Controller _controller;
-    std::string _socketPath;
-    unsigned _pollIntervalMs;
-    bool _connected = false;
-    std::string _lastFailure;
+    struct Impl;
+    std::unique_ptr<Impl> _impl;
 };
 
 } // namespace sync
