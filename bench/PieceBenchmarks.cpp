@@ -9,8 +9,8 @@
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
+#include "velmo/kvo/lipsyncapi/TimestampsLine.h"
 #include "velmo/kvo/log/AndroidLog.h"
-#include "velmo/kvo/log/TimestampsLine.h"
 #include "velmo/utilities/log/GenericLog.h"
 
 #include <benchmark/benchmark.h>
@@ -99,7 +99,7 @@ void apiLogComposition(benchmark::State& state)
                                                                  16045690984404992ULL, 40};
     AllocationMeter allocations(state);
     for (auto _ : state) {
-        velmo::kvo::log::logTimestampsRequest<DiscardingLogger>(timestamps, result);
+        velmo::kvo::lipsyncapi::logTimestampsRequest<DiscardingLogger>(timestamps, result);
     }
     allocations.finish();
 }
