@@ -26,7 +26,7 @@ namespace {
 using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsyncapi::Service;
-using velmo::utilities::details::Level;
+using velmo::utilities::Level;
 
 const char apiLogTag[] = "AKVOLIPSYNCAPI";
 

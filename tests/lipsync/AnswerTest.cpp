@@ -176,7 +176,7 @@ const std::string goodChildren = resultElement("1000", "<Message/>") + goodTimes
 // count alone decides whether the answer is parsed.
 TEST(GetAudioTsAnswer, UpToTheBoundOfOpeningBracketsIsRead)
 {
-    const int most = static_cast<int>(velmo::utilities::xmlserializer::detail::mostOpeningBrackets);
+    const int most = static_cast<int>(velmo::utilities::xmlserializer::mostOpeningBrackets);
     const int good = 20;
     const int levels = (most - good) / 2;
     const std::string extra = repeated("<", most - good - 1);

@@ -18,8 +18,8 @@
 #include <vector>
 
 using akvo::test::processLogReceiver;
+using velmo::utilities::Level;
 using velmo::utilities::Log;
-using velmo::utilities::details::Level;
 
 namespace {
 
