@@ -23,6 +23,9 @@ bool Watchdog::arm(comms::Link& link, Clock::time_point deadline)
         if (created != 0) {
             return false;
         }
+        // Named here rather than by the thread itself, so that the name is
+        // there by the time the first watched call returns.
+        pthread_setname_np(_thread, "akvo-watchdog");
         _running = true;
     }
     _link = &link;
@@ -78,7 +81,6 @@ void Watchdog::resetInChild()
 
 void* Watchdog::run(void* watchdog)
 {
-    pthread_setname_np(pthread_self(), "akvo-watchdog");
     static_cast<Watchdog*>(watchdog)->watch();
     return nullptr;
 }
