@@ -1,3 +1,4 @@
+#include "EngineMessages.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsync/SetAudioDelay.h"
@@ -12,27 +13,18 @@
 
 namespace {
 
+using namespace akvo::test;
 using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsync::SetAudioDelay;
 
 using Timestamps = std::array<unsigned long long, 4>;
 
-const std::string head = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\">";
-const std::string goodTimestamps =
-    "<LipSyncNtpTimestamps><capture_timestamp>16045690984833536</capture_timestamp>"
-    "<rendering_timestamp>16045690985263104</rendering_timestamp>"
-    "<receiving_timestamp>16045690984404992</receiving_timestamp>"
-    "<jitter_buffer_depth>40</jitter_buffer_depth></LipSyncNtpTimestamps>";
+const std::string goodTimestamps = timestampsElement(fixedTimestampTexts);
 const Timestamps goodValues = {16045690984833536ULL, 16045690985263104ULL, 16045690984404992ULL, 40};
 
 const std::string inAnswer = " (While desserializing \"GetAudioTs_Answer\")";
 const std::string inTimestamps = " (While desserializing \"LipSyncNtpTimestamps\")";
-
-std::string resultElement(const std::string& code, const std::string& message)
-{
-    return "<Result><ErrorCode>" + code + "</ErrorCode>" + message + "</Result>";
-}
 
 std::string command(const std::string& children)
 {
@@ -41,7 +33,7 @@ std::string command(const std::string& children)
 
 std::string document(const std::string& children)
 {
-    return head + command(children) + "</AKVO>";
+    return envelope + command(children) + "</AKVO>";
 }
 
 const std::string goodCommand = command(resultElement("1000", "<Message/>") + goodTimestamps);
@@ -125,12 +117,12 @@ INSTANTIATE_TEST_SUITE_P(
                           "Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.1.1'."},
                       Case{"VersionPrefix", "<AKVO version=\"0.1\">" + goodCommand + "</AKVO>",
                            "Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.1'."},
-                      Case{"TwoTopLevelElements", head + goodCommand + "</AKVO><AKVO version=\"0.1.0\"/>",
+                      Case{"TwoTopLevelElements", envelope + goodCommand + "</AKVO><AKVO version=\"0.1.0\"/>",
                            "Conversion failed (Code 71): No command tag found."},
-                      Case{"RootWithoutChild", head + "</AKVO>", noContent},
-                      Case{"RootWithTextOnly", head + "1000</AKVO>", noContent},
+                      Case{"RootWithoutChild", envelope + "</AKVO>", noContent},
+                      Case{"RootWithTextOnly", envelope + "1000</AKVO>", noContent},
                       Case{"WrongCommandElement",
-                           head + "<SetAudioDelay_Answer>" + resultElement("1000", "<Message/>") +
+                           envelope + "<SetAudioDelay_Answer>" + resultElement("1000", "<Message/>") +
                                "</SetAudioDelay_Answer>" + goodCommand + "</AKVO>",
                            "Wrong XML node (Code 68): Trying to deserialize the wrong element.Found "
                            "\"SetAudioDelay_Answer\" "
@@ -249,11 +241,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(SetAudioDelayAnswer, MissingResultKeepsTheUnknownServerResult)
 {
     SetAudioDelay::Answer answer;
-    EXPECT_EQ("Child not found (Code 69): No element node \"Result\" found in node \"SetAudioDelay_Answer\" "
-              "(While desserializing \"SetAudioDelay_Answer\")",
-              LipSyncXmlSerializer()
-                  .deserialize(head + "<SetAudioDelay_Answer><result/></SetAudioDelay_Answer></AKVO>", answer)
-                  .format());
+    EXPECT_EQ(
+        "Child not found (Code 69): No element node \"Result\" found in node \"SetAudioDelay_Answer\" "
+        "(While desserializing \"SetAudioDelay_Answer\")",
+        LipSyncXmlSerializer()
+            .deserialize(envelope + "<SetAudioDelay_Answer><result/></SetAudioDelay_Answer></AKVO>", answer)
+            .format());
     EXPECT_EQ("Unknown error (Code 1001)", answer.result.format());
 }
 
@@ -262,7 +255,7 @@ TEST(SetAudioDelayAnswer, MissingResultKeepsTheUnknownServerResult)
 // text, here a well-formed Result, must stay unread.
 TEST(SetAudioDelayAnswer, NothingBeyondAnAnswerCutInsideACharacterIsRead)
 {
-    const std::string cut = head + "<SetAudioDelay_Answer>1\xcd";
+    const std::string cut = envelope + "<SetAudioDelay_Answer>1\xcd";
     std::string xml = cut + '\0' + resultElement("1000", "<Message/>") + "</SetAudioDelay_Answer></AKVO>";
     xml.resize(cut.size());
     SetAudioDelay::Answer answer;

@@ -22,12 +22,9 @@ const char* simulatorExecutable()
 }
 
 SimulatorProcess::SimulatorProcess(const std::string& socketPath, const std::vector<std::string>& extraArgs)
-    : _errorFd(memfd_create("sim-stderr", MFD_CLOEXEC))
+    : _socketPath(socketPath.empty() ? _folder.file("lipsync.sock") : socketPath),
+      _errorFd(memfd_create("sim-stderr", MFD_CLOEXEC))
 {
-    char folder[] = "/tmp/akvo-sim-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(folder));
-    _folder = folder;
-    _socketPath = socketPath.empty() ? _folder + "/lipsync.sock" : socketPath;
     std::vector<std::string> args = {simulatorExecutable(), "--socket", _socketPath};
     args.insert(args.end(), extraArgs.begin(), extraArgs.end());
     const int output = memfd_create("sim-stdout", MFD_CLOEXEC);
@@ -45,8 +42,6 @@ SimulatorProcess::SimulatorProcess(const std::string& socketPath, const std::vec
 SimulatorProcess::~SimulatorProcess()
 {
     stop();
-    unlink((_folder + "/lipsync.sock").c_str());
-    rmdir(_folder.c_str());
     close(_errorFd);
 }
 
@@ -91,6 +86,14 @@ bool RawClient::readMessage(std::string& message)
     message = _buffer.substr(0, end);
     _buffer.erase(0, end + 2);
     return true;
+}
+
+std::string serverReply(const std::string& socketPath, const std::string& bytes)
+{
+    RawClient client(socketPath);
+    EXPECT_TRUE(client.write(bytes));
+    shutdown(client.fd(), SHUT_WR);
+    return client.readUntilClosed();
 }
 
 std::string RawClient::readUntilClosed()

@@ -1,6 +1,8 @@
 #ifndef AKVO_TESTS_SUPPORT_SIMULATOR_H
 #define AKVO_TESTS_SUPPORT_SIMULATOR_H
 
+#include "TempDir.h"
+
 #include <csignal>
 #include <string>
 #include <sys/types.h>
@@ -36,7 +38,7 @@ public:
     std::string errorOutput() const;
 
 private:
-    std::string _folder;
+    TempDir _folder;
     std::string _socketPath;
     int _errorFd;
     pid_t _pid = -1;
@@ -66,6 +68,10 @@ private:
     std::string _buffer;
     bool _closedByPeer = false;
 };
+
+// Sends `bytes` on a new connection, shuts its sending side and returns all
+// that the server sent before it closed the connection.
+std::string serverReply(const std::string& socketPath, const std::string& bytes);
 
 } // namespace test
 } // namespace akvo

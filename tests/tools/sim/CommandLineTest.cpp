@@ -1,5 +1,6 @@
+#include "EngineMessages.h"
 #include "ProgramRun.h"
-#include "SimProtocol.h"
+#include "Simulator.h"
 
 #include <gtest/gtest.h>
 
