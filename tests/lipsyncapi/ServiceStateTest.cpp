@@ -15,7 +15,7 @@ using velmo::kvo::lipsyncapi::Service;
 
 namespace {
 
-const char notConnected[] = "Bad state (Code 1003): Not connected to the audio KVO";
+using akvo::test::notConnectedText;
 
 TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
 {
@@ -24,14 +24,11 @@ TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
     const std::string path = "/tmp/akvo-nobody-listens-here";
     const Service::ServiceResult result = service.connect(path);
     EXPECT_EQ(Service::CannotConnect, result.getErrorCode());
-    EXPECT_EQ("Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): Unable to "
-              "connect to " +
-                  path + " {" + akvo::test::errnoText(ENOENT) + "}}",
-              result.format());
+    EXPECT_EQ(akvo::test::cannotConnectText(path, ENOENT), result.format());
     EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
 
     unsigned long long margin = 7;
-    EXPECT_EQ(notConnected, service.getAudioDelayMargin(margin).format());
+    EXPECT_EQ(notConnectedText, service.getAudioDelayMargin(margin).format());
     EXPECT_EQ(7u, margin);
 
     akvo::test::SimulatorProcess simulator;
@@ -56,7 +53,7 @@ TEST(ServiceState, DisconnectTwiceReportsTheSecond)
     Service service;
     ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
     EXPECT_EQ("Success", service.disconnect().format());
-    EXPECT_EQ(notConnected, service.disconnect().format());
+    EXPECT_EQ(notConnectedText, service.disconnect().format());
 }
 
 struct DisconnectedCall
@@ -76,7 +73,7 @@ LipSyncNtpTimestamps untouchedTimestamps = {1, 2, 3, 4};
 TEST_P(EveryOperationWhileDisconnected, ReturnsBadStateAndTouchesNothing)
 {
     Service service;
-    EXPECT_EQ(notConnected, GetParam().call(service).format());
+    EXPECT_EQ(notConnectedText, GetParam().call(service).format());
     EXPECT_EQ(11u, untouchedA);
     EXPECT_EQ(12u, untouchedB);
     EXPECT_EQ(1u, untouchedTimestamps.tCap);
