@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -21,40 +20,23 @@ const char* simulatorExecutable()
     return AKVO_SIM_PATH;
 }
 
-SimulatorProcess::SimulatorProcess(const std::string& socketPath, const std::vector<std::string>& extraArgs)
-    : _socketPath(socketPath.empty() ? _folder.file("lipsync.sock") : socketPath),
-      _errorFd(memfd_create("sim-stderr", MFD_CLOEXEC))
+namespace {
+
+std::vector<std::string> simulatorCommand(const std::string& socketPath,
+                                          const std::vector<std::string>& extraArgs)
 {
-    std::vector<std::string> args = {simulatorExecutable(), "--socket", _socketPath};
-    args.insert(args.end(), extraArgs.begin(), extraArgs.end());
-    const int output = memfd_create("sim-stdout", MFD_CLOEXEC);
-    _pid = startProgram(args, STDIN_FILENO, output, _errorFd);
-    std::string said;
-    for (int waited = 0; said.find('\n') == std::string::npos && waited < guardMs; waited += 5) {
-        usleep(5000);
-        said = fileText(output);
-    }
-    close(output);
-    EXPECT_EQ("akvo-lipsync-sim: listening on " + _socketPath + "\n", said)
+    std::vector<std::string> command = {simulatorExecutable(), "--socket", socketPath};
+    command.insert(command.end(), extraArgs.begin(), extraArgs.end());
+    return command;
+}
+
+} // namespace
+
+SimulatorProcess::SimulatorProcess(const std::vector<std::string>& extraArgs)
+    : _socketPath(_folder.file("lipsync.sock")), _program(simulatorCommand(_socketPath, extraArgs))
+{
+    EXPECT_EQ("akvo-lipsync-sim: listening on " + _socketPath + "\n", _program.outputUntil("\n"))
         << "akvo-lipsync-sim did not start; its standard error: " << errorOutput();
-}
-
-SimulatorProcess::~SimulatorProcess()
-{
-    stop();
-    close(_errorFd);
-}
-
-int SimulatorProcess::stop(int signal)
-{
-    const int status = _pid > 0 && kill(_pid, signal) == 0 ? reapWithin(_pid, guardMs) : 0;
-    _pid = -1;
-    return status;
-}
-
-std::string SimulatorProcess::errorOutput() const
-{
-    return fileText(_errorFd);
 }
 
 RawClient::RawClient(const std::string& socketPath) : _fd(connectedUnixSocket(socketPath)) {}
