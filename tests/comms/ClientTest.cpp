@@ -125,21 +125,4 @@ TEST(ClientSocketFailure, UnixHasNoMainMessageAndTcpNamesTheTarget)
         connectionFailed("Unable to create socket to 127.0.0.1:-7", EMFILE));
 }
 
-TEST(ClientDescriptors, ThousandConnectionsLeaveNoDescriptorBehind)
-{
-    TempDir dir;
-    const std::string path = dir.file("server");
-    const int descriptorsBefore = openDescriptorCount();
-    {
-        UniqueFd listener(listeningUnixSocket(path));
-        for (int i = 0; i < 1000; ++i) {
-            Link* link = nullptr;
-            ASSERT_EQ("Success", Client::connectUnixServer(path.c_str(), link).format());
-            delete link;
-            acceptOne(listener.get());
-        }
-    }
-    EXPECT_EQ(descriptorsBefore, openDescriptorCount());
-}
-
 } // namespace
