@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -36,9 +35,10 @@ TEST(CInterface, HeaderIsC99AndEveryFunctionLinks)
     EXPECT_EQ(notConnected, outcome(AKVO_LIPSYNC_BAD_STATE));
 }
 
-TEST(CInterface, EveryOperationDisconnectedThenConnected)
+// What each call does connected, the command-line tool's tests show: it
+// makes these calls.
+TEST(CInterface, EveryOperationWhileDisconnectedTouchesNothing)
 {
-    SimulatorProcess simulator({"--fixed"});
     const Handle handle = newHandle();
     akvo_lipsync_service* service = handle.get();
     akvo_lipsync_timestamps timestamps = {1, 2, 3, 4};
@@ -53,26 +53,6 @@ TEST(CInterface, EveryOperationDisconnectedThenConnected)
     EXPECT_EQ(notConnected, outcome(akvo_lipsync_disconnect(service)));
     EXPECT_TRUE(granularity == 0 && maximum == 0 && margin == 7);
     EXPECT_TRUE(timestamps == (akvo_lipsync_timestamps{1, 2, 3, 4}));
-
-    const std::string missing = simulator.socketPath() + ".missing";
-    EXPECT_EQ("1004 " + akvo::test::cannotConnectText(missing, ENOENT),
-              outcome(akvo_lipsync_connect(service, missing.c_str())));
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_connect(service, simulator.socketPath().c_str())));
-
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_capabilities(service, &granularity, &maximum)));
-    EXPECT_TRUE(granularity == 20 && maximum == 100);
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_audio_delay_margin(service, &margin)));
-    EXPECT_EQ(0u, margin);
-    EXPECT_EQ("1002 " + akvo::test::marginOutOfRangeText(150),
-              outcome(akvo_lipsync_set_audio_delay_margin(service, 150)));
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_set_audio_delay_margin(service, 40)));
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_audio_delay_margin(service, &margin)));
-    EXPECT_EQ(40u, margin);
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_get_audio_timestamps(service, &timestamps)));
-    EXPECT_TRUE(timestamps == fixedTimestamps);
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_set_video_timestamps(service, &timestamps)));
-    EXPECT_EQ(succeeded, outcome(akvo_lipsync_disconnect(service)));
-    EXPECT_EQ(notConnected, outcome(akvo_lipsync_disconnect(service)));
     akvo_lipsync_destroy(nullptr);
 }
 

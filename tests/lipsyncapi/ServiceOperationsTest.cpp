@@ -132,8 +132,6 @@ INSTANTIATE_TEST_SUITE_P(
             {"--fault", "*:error:-5:odd"},
             "The lipsync server returned an error (Code 1006): {Invalid error (Unreachable) (Code -5): "
             "odd}"},
-        ServerAnswerCase{"Closed", {"--fault", "*:close"}, closedByDistantText},
-        ServerAnswerCase{"ClosedMidAnswer", {"--fault", "*:close-after:60"}, closedByDistantText},
         ServerAnswerCase{
             "WrongVersion",
             {"--fault", "*:version:0.2.0"},

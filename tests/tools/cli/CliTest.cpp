@@ -54,24 +54,8 @@ TEST_P(OneShotCommand, PrintsTheResultAndExitsWithItsClass)
 INSTANTIATE_TEST_SUITE_P(
     Cli, OneShotCommand,
     ::testing::Values(
-        CommandCase{"Caps", {}, {"caps"}, 0, "caps: Success granularityMs=20 maxAudioDelayMargin=100\n"},
-        CommandCase{"SetMargin", {}, {"set-margin", "40"}, 0, "set-margin 40: Success delayMs=40\n"},
         CommandCase{
             "SetMarginIsDecimal", {}, {"set-margin", "040"}, 0, "set-margin 40: Success delayMs=40\n"},
-        CommandCase{"SetMarginRefusedLocally",
-                    {},
-                    {"set-margin", "30"},
-                    4,
-                    "set-margin 30: " + marginNotAStepText(30) + "\n"},
-        CommandCase{"GetMarginOfAFreshConnection", {}, {"get-margin"}, 0, "get-margin: Success delayMs=0\n"},
-        CommandCase{"Timestamps",
-                    {"--fixed"},
-                    {"timestamps"},
-                    0,
-                    "timestamps: Success capture=16045690984833536 rendering=16045690985263104 "
-                    "receiving=16045690984404992 jitterBufferDepth=40 audioLatencyMs=0.100 "
-                    "networkDelayMs=0.100\n"},
-        CommandCase{"VideoTimestamps", {}, {"video-ts", "1", "2", "3", "4"}, 0, "video-ts: Success\n"},
         CommandCase{"VideoTimestampsAtTheLargestNumber",
                     {},
                     {"video-ts", "18446744073709551615", "0", "0", "18446744073709551615"},
@@ -89,11 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
             7,
             "timestamps: The lipsync server returned an error (Code 1006): {Unknown error (Code 1001): "
             "broken}\n"},
-        CommandCase{"TransportError",
-                    {"--fault", "1:close"},
-                    {"timestamps"},
-                    6,
-                    "timestamps: " + std::string(closedByDistantText) + "\n"},
         CommandCase{"JsonTimestampsAreStringsOfDigits",
                     {"--fixed"},
                     {"--json", "timestamps"},
@@ -394,10 +373,6 @@ INSTANTIATE_TEST_SUITE_P(
         JsonShellCase{"UsageError", "caps extra\n",
                       "{\"command\":\"caps extra\",\"code\":2,\"result\":\"The following argument was not "
                       "expected: extra\"}\n"},
-        JsonShellCase{
-            "InvalidUtf8", "connect /tmp/\xff\xfe\n",
-            "{\"command\":\"connect\",\"code\":1004,\"result\":\"Cannot connect to Audio KVO (Code "
-            "1004): {Connection has failed (Code 20002): Unable to connect to /tmp/\\ufffd\\ufffd "},
         JsonShellCase{"Help", "help\n", "{\"command\":\"help\",\"code\":0,\"result\":\"Shell commands\\n"}),
     [](const ::testing::TestParamInfo<JsonShellCase>& info) { return std::string(info.param.name); });
 
