@@ -100,17 +100,4 @@ TEST(ExecuteCommand, LocallyClosedLink)
     std::signal(SIGPIPE, previous);
 }
 
-TEST(ExecuteCommand, AnswerInAnotherVersion)
-{
-    std::string other = fixedGetAudioTsAnswer;
-    CannedEngine engine(framed(other.replace(other.find("0.1.0"), 5, "0.1.1")));
-    Client client = clientOf(engine);
-    GetAudioTs::Answer answer;
-    EXPECT_EQ(
-        "Serializer error (Code 5903): {Conversion failed (Code 71): Version does not match; expect '0.1.0' "
-        "got '0.1.1'.}",
-        getAudioTimestamps(client, answer).format());
-    EXPECT_EQ(0ULL, answer.timestamps.tCap);
-}
-
 } // namespace

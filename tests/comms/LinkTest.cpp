@@ -40,17 +40,6 @@ protected:
     char _buffer[511];
 };
 
-TEST_P(LinkOverTransport, WritesAWholeBufferLargerThanTheSocketBuffers)
-{
-    const std::string data = letters(overflowingSize);
-    std::string received;
-    std::thread reader([&] { received = readExactly(_pair.peer.get(), data.size()); });
-    EXPECT_EQ("Success", _link->write(data.data(), overflowingSize).format());
-    _link->close();
-    reader.join();
-    EXPECT_TRUE(received == data);
-}
-
 TEST_P(LinkOverTransport, ReadReturnsAsSoonAsBytesArrive)
 {
     const std::string data = letters(300);

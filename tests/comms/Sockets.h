@@ -7,9 +7,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/ioctl.h>

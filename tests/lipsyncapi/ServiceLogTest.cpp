@@ -6,9 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 #include <functional>
-#include <memory>
 
 using velmo::kvo::common::LipSyncNtpTimestamps;
 using velmo::kvo::lipsyncapi::Service;

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 #include <functional>
 
 using velmo::kvo::common::LipSyncNtpTimestamps;
@@ -45,15 +44,6 @@ TEST(ServiceState, ConnectTwiceKeepsTheFirstConnection)
     LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
     EXPECT_EQ("Success", service.getAudioTimestamps(timestamps).format());
     EXPECT_EQ(40u, timestamps.jbmDepth);
-}
-
-TEST(ServiceState, DisconnectTwiceReportsTheSecond)
-{
-    akvo::test::SimulatorProcess simulator;
-    Service service;
-    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-    EXPECT_EQ("Success", service.disconnect().format());
-    EXPECT_EQ(notConnectedText, service.disconnect().format());
 }
 
 struct DisconnectedCall

@@ -1,10 +1,10 @@
 #ifndef AKVO_TESTS_SUPPORT_TEMPDIR_H
 #define AKVO_TESTS_SUPPORT_TEMPDIR_H
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
-#include <unistd.h>
 
 namespace akvo {
 namespace test {

@@ -2,7 +2,6 @@
 #define AKVO_TESTS_SUPPORT_UNIXSOCKET_H
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>

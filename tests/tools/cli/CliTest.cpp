@@ -143,13 +143,9 @@ struct BadNumberCase
 // strtoull, under the option parser, would take a sign or an overflow for a number.
 const BadNumberCase badNumbers[] = {
     {{"video-ts", "-1", "-1", "-1", "-1"}, "CAP: expected a number from 0 to 18446744073709551615, got -1"},
-    {{"video-ts", "18446744073709551616", "0", "0", "0"},
-     "CAP: expected a number from 0 to 18446744073709551615, got 18446744073709551616"},
     {{"video-ts", "1", "2", "3", "+4"}, "DEPTH: expected a number from 0 to 18446744073709551615, got +4"},
     {{"set-margin", "18446744073709551616"},
      "MS: expected a number from 0 to 18446744073709551615, got 18446744073709551616"},
-    {{"set-margin", "-20"}, "MS: expected a number from 0 to 18446744073709551615, got -20"},
-    {{"set-margin", "+20"}, "MS: expected a number from 0 to 18446744073709551615, got +20"},
     {{"set-margin", "0x14"}, "MS: expected a number from 0 to 18446744073709551615, got 0x14"},
     {{"timestamps", "--count", "-4294967295"},
      "--count: expected a number from 0 to 4294967295, got -4294967295"},
