@@ -1,6 +1,5 @@
 #include "CannedEngine.h"
 #include "EngineMessages.h"
-#include "ResultTexts.h"
 #include "StderrCapture.h"
 #include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -68,12 +67,6 @@ std::string callOnce(const std::string& frame, LipSyncNtpTimestamps& timestamps,
 
 TEST_F(UnderAGroupingGlobalLocale, ResultTextsAndLogLinesHavePlainDigits)
 {
-    StderrCapture capture;
-    Service service;
-    unsigned long long delayMs = 0;
-    EXPECT_EQ(notConnectedText, service.getAudioDelayMargin(delayMs).format());
-    EXPECT_EQ(notConnectedText, service.setAudioDelayMargin(1000).format());
-
     for (const std::string& frame :
          {answerFrame("1000", "16045690984833536"), generalPathFrame("1000", "16045690984833536")}) {
         LipSyncNtpTimestamps timestamps = untouchedTimestamps;

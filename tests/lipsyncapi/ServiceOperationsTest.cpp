@@ -45,18 +45,6 @@ INSTANTIATE_TEST_SUITE_P(Service, MarginValidation,
                                            MarginCase{10, marginNotAStepText(10)},
                                            MarginCase{99, marginNotAStepText(99)}));
 
-TEST(ServiceOperations, CapabilitiesAreGranularityThenMaximum)
-{
-    SimulatorProcess simulator;
-    Service service;
-    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-    unsigned long long granularity = 0;
-    unsigned long long maximum = 0;
-    EXPECT_EQ("Success", service.getCapabilities(granularity, maximum).format());
-    EXPECT_EQ(20u, granularity);
-    EXPECT_EQ(100u, maximum);
-}
-
 TEST(ServiceOperations, MarginIsRememberedAcrossRefusalsAndReconnection)
 {
     // Request 2 is the 60 ms margin, which the engine refuses.

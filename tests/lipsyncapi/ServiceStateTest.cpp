@@ -1,12 +1,9 @@
-#include "FdCount.h"
 #include "ResultTexts.h"
 #include "Simulator.h"
-#include "StderrCapture.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <functional>
 
 using velmo::kvo::common::LipSyncNtpTimestamps;
@@ -15,24 +12,6 @@ using velmo::kvo::lipsyncapi::Service;
 namespace {
 
 using akvo::test::notConnectedText;
-
-TEST(ServiceState, ConnectWhereNobodyListensFailsAndLeavesItDisconnected)
-{
-    const int descriptors = akvo::test::openDescriptorCount();
-    Service service;
-    const std::string path = "/tmp/akvo-nobody-listens-here";
-    const Service::ServiceResult result = service.connect(path);
-    EXPECT_EQ(Service::CannotConnect, result.getErrorCode());
-    EXPECT_EQ(akvo::test::cannotConnectText(path, ENOENT), result.format());
-    EXPECT_EQ(descriptors, akvo::test::openDescriptorCount());
-
-    unsigned long long margin = 7;
-    EXPECT_EQ(notConnectedText, service.getAudioDelayMargin(margin).format());
-    EXPECT_EQ(7u, margin);
-
-    akvo::test::SimulatorProcess simulator;
-    EXPECT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-}
 
 TEST(ServiceState, ConnectTwiceKeepsTheFirstConnection)
 {

@@ -94,12 +94,6 @@ INSTANTIATE_TEST_SUITE_P(
                     2,
                     "{\"command\":\"timestamps\",\"code\":2,\"result\":\"--csv and --json exclude each "
                     "other\"}\n"},
-        CommandCase{"JsonCaps",
-                    {},
-                    {"--json", "caps"},
-                    0,
-                    "{\"command\":\"caps\",\"code\":1000,\"result\":\"Success\",\"granularityMs\":20,"
-                    "\"maxAudioDelayMargin\":100}\n"},
         CommandCase{
             "JsonRefusal",
             {},
