@@ -59,17 +59,6 @@ TEST(ExecuteCommand, ReturnsTheServerTimestamps)
     EXPECT_EQ(before, openDescriptorCount());
 }
 
-TEST(ExecuteCommand, ServerRefusalTravelsInTheAnswer)
-{
-    CannedEngine engine(framed(setAudioDelayAnswer("1003", "<Message>not in call</Message>")));
-    Client client = clientOf(engine);
-    SetAudioDelay::Answer answer;
-    EXPECT_EQ("Success", setAudioDelay(client, 60, answer).format());
-    EXPECT_EQ(framed(setAudioDelayRequest("60")), engine.received());
-    EXPECT_EQ(Command::BadState, answer.result.getErrorCode());
-    EXPECT_EQ("not in call", answer.result.getMainMessage());
-}
-
 TEST(ExecuteCommand, PeerHangingUpAfterTheRequest)
 {
     CannedEngine engine("");

@@ -28,11 +28,6 @@ std::string stderrOf(const std::function<void(Service&)>& calls)
 const std::string destructorLine = std::string("I/AKVOLIPSYNCAPI Client is disconnected with result: ") +
                                    akvo::test::notConnectedText + "\n";
 
-TEST(ServiceLog, NeverConnectedServiceLogsOnlyItsDestruction)
-{
-    EXPECT_EQ(destructorLine, stderrOf([](Service&) {}));
-}
-
 TEST(ServiceLog, OneLinePerLoggedCall)
 {
     akvo::test::SimulatorProcess simulator({"--fixed"});

@@ -122,7 +122,8 @@ INSTANTIATE_TEST_SUITE_P(
             "{Conversion failed (Code 71): Version does not match; expect '0.1.0' got '0.2.0'.}}"}),
     [](const ::testing::TestParamInfo<ServerAnswerCase>& info) { return std::string(info.param.name); });
 
-TEST(ServiceOperations, TransportFailureKeepsTheServiceConnectedUntilReconnection)
+// Until it reconnects, as the byte-offset sweep does after every cut.
+TEST(ServiceOperations, TransportFailureKeepsTheServiceConnected)
 {
     SimulatorProcess simulator({"--fixed", "--fault", "1:close"});
     Service service;
@@ -130,9 +131,6 @@ TEST(ServiceOperations, TransportFailureKeepsTheServiceConnectedUntilReconnectio
     LipSyncNtpTimestamps timestamps = {0, 0, 0, 0};
     EXPECT_EQ(closedByDistantText, service.getAudioTimestamps(timestamps).format());
     EXPECT_EQ(Service::BadState, service.connect(simulator.socketPath()).getErrorCode());
-    ASSERT_TRUE(service.disconnect().isSuccess());
-    ASSERT_TRUE(service.connect(simulator.socketPath()).isSuccess());
-    EXPECT_EQ("Success", service.getAudioTimestamps(timestamps).format());
 }
 
 TEST(ServiceOperations, VideoTimestampsAreCheckedButNotSent)

@@ -2,16 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <climits>
-#include <cstring>
 #include <functional>
 #include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
-using velmo::utilities::result::ErrnoTrait;
 using velmo::utilities::result::Result;
 
 namespace {
@@ -110,9 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
                           result._trailingMessage = "!";
                           return result.format();
                       },
-                      "Bad state (Code 1003): main!"},
-        RenderingCase{"errnoText", [] { return Result<ErrnoTrait>(ECONNRESET).format(); },
-                      std::string(std::strerror(ECONNRESET)) + " (Code 104)"}),
+                      "Bad state (Code 1003): main!"}),
     [](const ::testing::TestParamInfo<RenderingCase>& info) { return std::string(info.param.name); });
 
 TEST(ResultChaining, WithASuccessKeepsNothingOfTheLowerResult)
