@@ -3,7 +3,6 @@
 #include "EngineMessages.h"
 #include "FdCount.h"
 #include "Timestamps.h"
-#include "velmo/kvo/cmdfrmwrk/Command.h"
 #include "velmo/kvo/comms/Link.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
@@ -17,7 +16,6 @@
 namespace {
 
 using velmo::kvo::cmdfrmwrk::Client;
-using velmo::kvo::cmdfrmwrk::Command;
 using velmo::kvo::cmdfrmwrk::Peer;
 using velmo::kvo::comms::Link;
 using velmo::kvo::lipsync::GetAudioTs;

@@ -1,4 +1,5 @@
 #include "EngineMessages.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsync/SetAudioDelay.h"
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <ostream>
 #include <string>
 
@@ -18,10 +18,7 @@ using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsync::SetAudioDelay;
 
-using Timestamps = std::array<unsigned long long, 4>;
-
 const std::string goodTimestamps = timestampsElement(fixedTimestampTexts);
-const Timestamps goodValues = {16045690984833536ULL, 16045690985263104ULL, 16045690984404992ULL, 40};
 
 const std::string inAnswer = " (While desserializing \"GetAudioTs_Answer\")";
 const std::string inTimestamps = " (While desserializing \"LipSyncNtpTimestamps\")";
@@ -46,12 +43,6 @@ std::string timestampsWith(const std::string& capture, const std::string& depthE
            depthElement + "</LipSyncNtpTimestamps>" + resultElement("1000", "<Message/>");
 }
 
-Timestamps timestampsOf(const GetAudioTs::Answer& answer)
-{
-    return {answer.timestamps.tCap, answer.timestamps.tRdr, answer.timestamps.tRcv,
-            answer.timestamps.jbmDepth};
-}
-
 TEST(GetAudioTsAnswer, ChildrenInAnyOrderAndExtraChildrenIgnored)
 {
     GetAudioTs::Answer answer;
@@ -68,7 +59,7 @@ TEST(GetAudioTsAnswer, ChildrenInAnyOrderAndExtraChildrenIgnored)
     EXPECT_EQ("Success", result.format());
     // A success still carries the suffixes of the last child read and of the answer; format() hides them.
     EXPECT_EQ(" (While desserializing \"Result\")" + inAnswer, result.getMainMessage());
-    EXPECT_EQ((Timestamps{10, 20, 30, 40}), timestampsOf(answer));
+    EXPECT_TRUE(sameTimestamps({10, 20, 30, 40}, answer.timestamps));
     EXPECT_TRUE(answer.result.isSuccess());
 }
 
@@ -97,9 +88,9 @@ class Rejected : public ::testing::TestWithParam<Case>
 TEST_P(Rejected, LeavesTheAnswerUntouched)
 {
     GetAudioTs::Answer answer;
-    answer.timestamps = {1, 2, 3, 4};
+    answer.timestamps = untouchedTimestamps;
     EXPECT_EQ(GetParam().formatted, LipSyncXmlSerializer().deserialize(GetParam().xml, answer).format());
-    EXPECT_EQ((Timestamps{1, 2, 3, 4}), timestampsOf(answer));
+    EXPECT_TRUE(sameTimestamps(untouchedTimestamps, answer.timestamps));
     EXPECT_EQ("Unknown error (Code 1001)", answer.result.format());
 }
 
@@ -180,7 +171,7 @@ TEST(GetAudioTsAnswer, UpToTheBoundOfOpeningBracketsIsRead)
         GetAudioTs::Answer answer;
         EXPECT_EQ("Success", LipSyncXmlSerializer().deserialize(within, answer).format())
             << within.substr(0, 80);
-        EXPECT_EQ(goodValues, timestampsOf(answer));
+        EXPECT_TRUE(sameTimestamps(fixedTimestamps, answer.timestamps));
         EXPECT_EQ(noRoot, LipSyncXmlSerializer().deserialize(within + "<", answer).format());
     }
 }
@@ -210,7 +201,7 @@ TEST_P(ServerResult, IsReadAfterTheTimestamps)
         GetParam().formatted,
         LipSyncXmlSerializer().deserialize(document(goodTimestamps + GetParam().result), answer).format());
     EXPECT_EQ(GetParam().server, answer.result.format());
-    EXPECT_EQ(goodValues, timestampsOf(answer));
+    EXPECT_TRUE(sameTimestamps(fixedTimestamps, answer.timestamps));
 }
 
 INSTANTIATE_TEST_SUITE_P(
