@@ -57,7 +57,10 @@ public class LipSyncException extends Exception
         /** @return the code's number, e.g. 1100 */
         public int value() { return value; }
 
-        /** @return the constant whose value is {@code value}, or null for a number that is no code */
+        /**
+         * @param value a code's number
+         * @return the constant whose value is {@code value}, or null for a number that is no code
+         */
         public static Code of(int value)
         {
             for (final Code code : values()) {
