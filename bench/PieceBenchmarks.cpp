@@ -9,8 +9,8 @@
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
+#include "velmo/kvo/lipsyncapi/TimestampsLine.h"
 #include "velmo/kvo/log/AndroidLog.h"
-#include "velmo/kvo/log/TimestampsLine.h"
 #include "velmo/utilities/log/GenericLog.h"
 
 #include <benchmark/benchmark.h>
@@ -26,7 +26,7 @@ namespace {
 using velmo::kvo::lipsync::GetAudioTs;
 using velmo::kvo::lipsync::LipSyncXmlSerializer;
 using velmo::kvo::lipsyncapi::Service;
-using velmo::utilities::details::Level;
+using velmo::utilities::Level;
 
 const char apiLogTag[] = "AKVOLIPSYNCAPI";
 
@@ -99,7 +99,7 @@ void apiLogComposition(benchmark::State& state)
                                                                  16045690984404992ULL, 40};
     AllocationMeter allocations(state);
     for (auto _ : state) {
-        velmo::kvo::log::logTimestampsRequest<DiscardingLogger>(timestamps, result);
+        velmo::kvo::lipsyncapi::logTimestampsRequest<DiscardingLogger>(timestamps, result);
     }
     allocations.finish();
 }

@@ -43,9 +43,9 @@
 //     path's success carries its suffix texts in the serializer result only,
 //     which the Peer result does not keep.
 //
-// A differential test checks this on boundary values, random answers and
-// every one-byte change of each canonical answer, and a fuzz target mutates
-// inside this layout.
+// A differential test checks this on boundary values and every one-byte
+// change of each canonical answer, and a fuzz target mutates inside this
+// layout, from values of its choosing.
 
 namespace velmo {
 namespace kvo {

@@ -2,7 +2,7 @@
 
 #include "velmo/kvo/cmdfrmwrk/ResultAnswerSerializer.h"
 #include "velmo/kvo/lipsync/LipSyncNtpTimestampsTrait.h"
-#include "velmo/utilities/xmlserializer/ChildAccess.h"
+#include "velmo/utilities/xmlserializer/ChildReader.h"
 #include "velmo/utilities/xmlserializer/RecordFrame.h"
 
 namespace velmo {
@@ -22,31 +22,12 @@ SerializationTraitGetAudioTsRequest::writePayload(const Record&, TiXmlNode*& pay
 namespace utilities {
 namespace xmlserializer {
 
-namespace {
-
-XmlResult readTimestamps(const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer)
-{
-    using Trait = kvo::lipsync::LipSyncNtpTimestampsTrait;
-    const TiXmlNode* child = nullptr;
-    XmlResult result = detail::ChildAccess<Trait>::get(element, child);
-    if (result.isFailure()) {
-        return result;
-    }
-    Trait::Record timestamps = Trait::Record();
-    result = XmlTraitSerializer<Trait>::fromXml(*child, timestamps, Trait::tag);
-    if (result.isSuccess()) {
-        answer.timestamps = timestamps;
-    }
-    return result;
-}
-
-} // namespace
-
 XmlResult XmlTraitSerializer<kvo::lipsync::SerializationTraitGetAudioTsAnswer>::fromXml(
     const TiXmlNode& element, kvo::lipsync::GetAudioTs::Answer& answer, const char* expectedName)
 {
-    return detail::readFramed(element, expectedName, [&] {
-        XmlResult result = readTimestamps(element, answer);
+    return readFramed(element, expectedName, [&] {
+        using Trait = kvo::lipsync::LipSyncNtpTimestampsTrait;
+        XmlResult result = readChild<Trait>(element, Trait::Record(), answer.timestamps);
         if (result.isSuccess()) {
             result = kvo::cmdfrmwrk::readAnswerResult(element, answer);
         }

@@ -8,8 +8,8 @@
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsync/SetAudioDelay.h"
 #include "velmo/kvo/lipsyncapi/Logger.h"
+#include "velmo/kvo/lipsyncapi/TimestampsLine.h"
 #include "velmo/kvo/log/ApiLog.h"
-#include "velmo/kvo/log/TimestampsLine.h"
 #include "velmo/utilities/log/Assertion.h"
 
 namespace velmo {
@@ -94,7 +94,7 @@ Service::ServiceResult Service::getAudioTimestamps(common::LipSyncNtpTimestamps&
 {
     return withoutExceptions([&] {
         const ServiceResult result = getAudioTimestampsInternal(timestamps);
-        log::logTimestampsRequest<Logger>(timestamps, result);
+        logTimestampsRequest<Logger>(timestamps, result);
         return result;
     });
 }

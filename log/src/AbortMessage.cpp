@@ -5,7 +5,7 @@ extern "C" void android_set_abort_message(const char* message) __attribute__((we
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 void recordAbortMessage(const char* message)
 {
@@ -14,6 +14,6 @@ void recordAbortMessage(const char* message)
     }
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

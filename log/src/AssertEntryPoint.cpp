@@ -6,7 +6,7 @@
 
 extern "C" void __android_log_assert(const char* cond, const char* tag, const char* fmt, ...)
 {
-    char message[velmo::kvo::log::formatBufferSize];
+    char message[velmo::kvo::logwriter::formatBufferSize];
     if (fmt != nullptr) {
         va_list args;
         va_start(args, fmt);

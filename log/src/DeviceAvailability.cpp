@@ -23,7 +23,7 @@ std::atomic<int> deviceState{unknown};
 extern "C" int __android_log_dev_available(void)
 {
     if (deviceState == unknown) {
-        const char* path = velmo::kvo::log::logSocketPath();
+        const char* path = velmo::kvo::logwriter::logSocketPath();
         deviceState = path != nullptr && access(path, W_OK) == 0 ? available : notAvailable;
     }
     return deviceState == available ? 1 : 0;

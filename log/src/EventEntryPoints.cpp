@@ -7,7 +7,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -22,11 +22,11 @@ int writeEvent(uint8_t* eventHeader, size_t headerLength, const void* bytes, siz
 
 } // namespace
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 
-using velmo::kvo::log::storeLittleEndian32;
+using velmo::kvo::logwriter::storeLittleEndian32;
 
 extern "C" {
 
@@ -34,7 +34,7 @@ int __android_log_bwrite(int32_t tag, const void* payload, size_t len)
 {
     uint8_t header[4];
     storeLittleEndian32(header, static_cast<uint32_t>(tag));
-    return velmo::kvo::log::writeEvent(header, sizeof(header), payload, len);
+    return velmo::kvo::logwriter::writeEvent(header, sizeof(header), payload, len);
 }
 
 int __android_log_btwrite(int32_t tag, char type, const void* payload, size_t len)
@@ -42,7 +42,7 @@ int __android_log_btwrite(int32_t tag, char type, const void* payload, size_t le
     uint8_t header[5];
     storeLittleEndian32(header, static_cast<uint32_t>(tag));
     header[4] = static_cast<uint8_t>(type);
-    return velmo::kvo::log::writeEvent(header, sizeof(header), payload, len);
+    return velmo::kvo::logwriter::writeEvent(header, sizeof(header), payload, len);
 }
 
 int __android_log_bswrite(int32_t tag, const char* payload)
@@ -50,9 +50,9 @@ int __android_log_bswrite(int32_t tag, const char* payload)
     const size_t length = std::strlen(payload);
     uint8_t header[9];
     storeLittleEndian32(header, static_cast<uint32_t>(tag));
-    header[4] = velmo::kvo::log::stringEventType;
+    header[4] = velmo::kvo::logwriter::stringEventType;
     storeLittleEndian32(header + 5, static_cast<uint32_t>(length));
-    return velmo::kvo::log::writeEvent(header, sizeof(header), payload, length);
+    return velmo::kvo::logwriter::writeEvent(header, sizeof(header), payload, length);
 }
 
 } // extern "C"

@@ -1,11 +1,11 @@
-#ifndef VELMO_KVO_LOG_LITTLEENDIAN_H
-#define VELMO_KVO_LOG_LITTLEENDIAN_H
+#ifndef VELMO_KVO_LOGWRITER_LITTLEENDIAN_H
+#define VELMO_KVO_LOGWRITER_LITTLEENDIAN_H
 
 #include <cstdint>
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 // The log daemon reads every multi-byte field of a record as little-endian,
 // whatever the writer's byte order.
@@ -21,7 +21,7 @@ inline void storeLittleEndian32(uint8_t* out, uint32_t value)
     storeLittleEndian16(out + 2, static_cast<uint16_t>(value >> 16));
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 

@@ -9,7 +9,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -74,6 +74,6 @@ int openLogSocket(bool& failedAtConnect)
     return fd;
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

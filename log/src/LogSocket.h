@@ -1,9 +1,9 @@
-#ifndef VELMO_KVO_LOG_LOGSOCKET_H
-#define VELMO_KVO_LOG_LOGSOCKET_H
+#ifndef VELMO_KVO_LOGWRITER_LOGSOCKET_H
+#define VELMO_KVO_LOGWRITER_LOGSOCKET_H
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 // The path of the log daemon's socket: the one the library was built with,
 // or the environment variable AKVO_LOG_SOCKET, read once at load time when
@@ -18,7 +18,7 @@ const char* logSocketPath();
 // from a process that cannot have such a socket at all.
 int openLogSocket(bool& failedAtConnect);
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 

@@ -7,7 +7,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -54,6 +54,6 @@ int routeRadioTag(int logId, const char*& tag, char (&buffer)[radioTagSize])
     return AKVO_LOG_ID_RADIO;
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

@@ -1,11 +1,11 @@
-#ifndef VELMO_KVO_LOG_RADIOTAG_H
-#define VELMO_KVO_LOG_RADIOTAG_H
+#ifndef VELMO_KVO_LOGWRITER_RADIOTAG_H
+#define VELMO_KVO_LOGWRITER_RADIOTAG_H
 
 #include <cstddef>
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 constexpr size_t radioTagSize = 32;
 
@@ -15,7 +15,7 @@ constexpr size_t radioTagSize = 32;
 // returns `logId` and leaves `tag` alone.
 int routeRadioTag(int logId, const char*& tag, char (&buffer)[radioTagSize]);
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 

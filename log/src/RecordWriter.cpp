@@ -14,7 +14,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -195,6 +195,6 @@ int writeRecord(int logId, iovec* payload, size_t count)
     return currentWriter.load()(logId, payload, count);
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

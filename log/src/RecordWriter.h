@@ -1,12 +1,12 @@
-#ifndef VELMO_KVO_LOG_RECORDWRITER_H
-#define VELMO_KVO_LOG_RECORDWRITER_H
+#ifndef VELMO_KVO_LOGWRITER_RECORDWRITER_H
+#define VELMO_KVO_LOGWRITER_RECORDWRITER_H
 
 #include <cstddef>
 #include <sys/uio.h>
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 // Text records have the most payload buffers: priority, tag and message.
 constexpr size_t maxPayloadBuffers = 3;
@@ -23,7 +23,7 @@ int writeRecord(int logId, iovec (&payload)[count])
     return writeRecord(logId, payload, count);
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 

@@ -10,7 +10,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -28,12 +28,12 @@ int writeText(int logId, int priority, const char* tag, const char* message)
 
 } // namespace
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 
-using velmo::kvo::log::formatBufferSize;
-using velmo::kvo::log::radioTagSize;
+using velmo::kvo::logwriter::formatBufferSize;
+using velmo::kvo::logwriter::radioTagSize;
 
 extern "C" {
 
@@ -43,11 +43,11 @@ int __android_log_write(int prio, const char* tag, const char* text)
     if (tag == nullptr) {
         tag = "";
     }
-    const int logId = velmo::kvo::log::routeRadioTag(AKVO_LOG_ID_MAIN, tag, radioTag);
+    const int logId = velmo::kvo::logwriter::routeRadioTag(AKVO_LOG_ID_MAIN, tag, radioTag);
     if (prio == AKVO_LOG_FATAL) {
-        velmo::kvo::log::recordAbortMessage(text);
+        velmo::kvo::logwriter::recordAbortMessage(text);
     }
-    return velmo::kvo::log::writeText(logId, prio, tag, text);
+    return velmo::kvo::logwriter::writeText(logId, prio, tag, text);
 }
 
 // The radio log keeps its own tags; the radio tags of other logs are moved
@@ -59,9 +59,9 @@ int __android_log_buf_write(int bufID, int prio, const char* tag, const char* te
         tag = "";
     }
     if (bufID != AKVO_LOG_ID_RADIO) {
-        bufID = velmo::kvo::log::routeRadioTag(bufID, tag, radioTag);
+        bufID = velmo::kvo::logwriter::routeRadioTag(bufID, tag, radioTag);
     }
-    return velmo::kvo::log::writeText(bufID, prio, tag, text);
+    return velmo::kvo::logwriter::writeText(bufID, prio, tag, text);
 }
 
 int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap)

@@ -5,7 +5,7 @@
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -33,6 +33,6 @@ pid_t currentThreadId()
     return cachedThreadId;
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

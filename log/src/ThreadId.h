@@ -1,11 +1,11 @@
-#ifndef VELMO_KVO_LOG_THREADID_H
-#define VELMO_KVO_LOG_THREADID_H
+#ifndef VELMO_KVO_LOGWRITER_THREADID_H
+#define VELMO_KVO_LOGWRITER_THREADID_H
 
 #include <sys/types.h>
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 // The kernel's id of the calling thread. Asked of the C library once per
 // thread: glibc's gettid() is a system call every time, which each record
@@ -13,7 +13,7 @@ namespace log {
 // bionic and glibc 2.30+ both do.
 pid_t currentThreadId();
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo
 

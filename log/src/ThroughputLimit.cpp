@@ -14,7 +14,7 @@ struct akvo_throughput_limit throughput_limit;
 
 namespace velmo {
 namespace kvo {
-namespace log {
+namespace logwriter {
 
 namespace {
 
@@ -51,6 +51,6 @@ void applyThroughputLimit()
     }
 }
 
-} // namespace log
+} // namespace logwriter
 } // namespace kvo
 } // namespace velmo

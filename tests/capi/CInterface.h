@@ -1,6 +1,7 @@
 #ifndef AKVO_TESTS_CAPI_CINTERFACE_H
 #define AKVO_TESTS_CAPI_CINTERFACE_H
 
+#include "ResultTexts.h"
 #include "Simulator.h"
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
@@ -42,7 +43,7 @@ inline std::string outcome(int32_t code)
 }
 
 const std::string succeeded = "1000 Success";
-const std::string notConnected = "1003 Bad state (Code 1003): Not connected to the audio KVO";
+const std::string notConnected = std::string("1003 ") + notConnectedText;
 // What akvo-lipsync-sim --fixed answers.
 const akvo_lipsync_timestamps fixedTimestamps = {16045690984833536ULL, 16045690985263104ULL,
                                                  16045690984404992ULL, 40};

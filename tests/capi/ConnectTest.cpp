@@ -3,16 +3,12 @@
 #include "FdCount.h"
 #include "ResultTexts.h"
 #include "StderrCapture.h"
+#include "TempDir.h"
 #include "UnixSocket.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 using akvo::test::newHandle;
 using akvo::test::outcome;
@@ -20,31 +16,18 @@ using akvo::test::succeeded;
 
 namespace {
 
-// A fresh folder, removed again with what the test left in it.
-struct Folder
-{
-    Folder() { mkdtemp(path); }
-    ~Folder() { std::filesystem::remove_all(path); }
-    char path[22] = "/tmp/akvo-capi-XXXXXX";
-};
-
-// Listens at `path` of up to 108 bytes, the last one without a terminator.
+// Listens at `path`, whose 108th byte fills sun_path without a terminator.
 int listeningAt(const std::string& path, int backlog)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof(address.sun_path));
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(0, bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address))) << path;
-    EXPECT_EQ(0, listen(fd, backlog));
+    const int fd = akvo::test::listeningUnixSocket(path, backlog);
+    EXPECT_LE(0, fd) << path;
     return fd;
 }
 
 TEST(CInterfaceConnect, NamesThatAUnixAddressCannotHoldAreRefusedBeforeAnythingIsDone)
 {
-    const Folder folder;
-    const std::string fits =
-        std::string(folder.path) + "/" + std::string(106 - std::strlen(folder.path), 'n');
+    const akvo::test::TempDir folder;
+    const std::string fits = folder.path + "/" + std::string(106 - folder.path.size(), 'n');
     const int longest = listeningAt(fits, 1);
     // A longer name would be cut to the first 108 bytes, which name this socket.
     const int cut = listeningAt(fits + "x", 1);
@@ -66,14 +49,11 @@ TEST(CInterfaceConnect, NamesThatAUnixAddressCannotHoldAreRefusedBeforeAnythingI
 // is full; then connect() would wait for good.
 TEST(CInterfaceConnect, AFullQueueOfConnectionsHoldsConnectOnlyUntilTheDeadline)
 {
-    const Folder folder;
-    const std::string path = std::string(folder.path) + "/engine";
+    const akvo::test::TempDir folder;
+    const std::string path = folder.file("engine");
     const int listener = listeningAt(path, 0);
     const int queued = akvo::test::connectedUnixSocket(path);
-    const std::string result =
-        "Cannot connect to Audio KVO (Code 1004): {Connection has failed (Code 20002): "
-        "Unable to connect to " +
-        path + " {" + akvo::test::errnoText(EAGAIN) + "}}";
+    const std::string result = akvo::test::cannotConnectText(path, EAGAIN);
     akvo::test::expectPassesInChild([&] {
         const akvo::test::Handle handle = newHandle();
         ASSERT_EQ(AKVO_LIPSYNC_SUCCESS, akvo_lipsync_set_deadline(handle.get(), 100));

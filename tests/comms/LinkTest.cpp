@@ -40,27 +40,6 @@ protected:
     char _buffer[511];
 };
 
-TEST_P(LinkOverTransport, WritesAWholeBufferLargerThanTheSocketBuffers)
-{
-    const std::string data = letters(overflowingSize);
-    std::string received;
-    std::thread reader([&] { received = readExactly(_pair.peer.get(), data.size()); });
-    EXPECT_EQ("Success", _link->write(data.data(), overflowingSize).format());
-    _link->close();
-    reader.join();
-    EXPECT_TRUE(received == data);
-}
-
-TEST_P(LinkOverTransport, ReadReturnsAsSoonAsBytesArrive)
-{
-    const std::string data = letters(300);
-    writeAll(_pair.peer.get(), data);
-    unsigned int bytesRead = untouched;
-    EXPECT_EQ("Success", read(bytesRead));
-    ASSERT_EQ(300u, bytesRead);
-    EXPECT_EQ(data, std::string(_buffer, bytesRead));
-}
-
 // Over TCP the first writes may still be accepted; the peer's reset then
 // turns the following ones into EPIPE.
 TEST_P(LinkOverTransport, PeerCloseIsClosedByDistant)

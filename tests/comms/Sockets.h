@@ -2,19 +2,16 @@
 #define AKVO_TESTS_COMMS_SOCKETS_H
 
 #include "ResultTexts.h"
+#include "TempDir.h"
+#include "UnixSocket.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cerrno>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -40,21 +37,6 @@ struct UniqueFd
     int fd;
 };
 
-// A fresh directory for socket names, so that parallel test binaries never collide.
-struct TempDir
-{
-    TempDir() : path("/tmp/akvo-comms-XXXXXX") { mkdtemp(&path[0]); }
-    ~TempDir()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-
-    std::string file(const std::string& name) const { return path + "/" + name; }
-
-    std::string path;
-};
-
 // A new socket connected to the address `listener` is bound to.
 inline UniqueFd connectTo(int listener)
 {
@@ -63,18 +45,6 @@ inline UniqueFd connectTo(int listener)
     getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
     UniqueFd fd(socket(address.ss_family, SOCK_STREAM, 0));
     connect(fd.get(), reinterpret_cast<sockaddr*>(&address), length);
-    return fd;
-}
-
-// The whole sun_path is filled from `path` (a name of 108 bytes has no terminator).
-inline UniqueFd listenUnix(const std::string& path)
-{
-    UniqueFd fd(socket(AF_UNIX, SOCK_STREAM, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path)));
-    bind(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address));
-    listen(fd.get(), 128);
     return fd;
 }
 
@@ -115,7 +85,7 @@ inline ConnectedPair connectedPair(const std::string& kind, const std::string& u
         return {UniqueFd(fds[0]), UniqueFd(fds[1])};
     }
     uint16_t port = 0;
-    UniqueFd listener = kind == "Unix" ? listenUnix(unixPath) : tcpPort(port, true);
+    UniqueFd listener(kind == "Unix" ? listeningUnixSocket(unixPath) : tcpPort(port, true).release());
     UniqueFd local = connectTo(listener.get());
     return {std::move(local), acceptOne(listener.get())};
 }

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
@@ -51,13 +50,6 @@ TEST_F(TextProtocolOverSocketPair, SendPutsTheMessageAndTwoLineFeedsOnTheWire)
         EXPECT_EQ(message + "\n\n", readExactly(_pair.peer.get(), message.size() + 2));
     }
     EXPECT_EQ(0u, pendingBytes(_pair.peer.get()));
-}
-
-TEST_F(TextProtocolOverSocketPair, SendAfterTheLinkWasClosedIsProtocolClosed)
-{
-    std::signal(SIGPIPE, SIG_IGN);
-    _link->close();
-    EXPECT_EQ("Protocol is closed. (Code 40004): {Closed (Code 10002)}", _protocol->send("hello").format());
 }
 
 struct ReceiveCase
@@ -123,14 +115,6 @@ TEST(TextProtocolOverFifo, HalfAMessageSurvivesThePeerClosing)
     EXPECT_EQ(Outcome(closedByDistant, "<null>"), receive(protocol));
     writeAll(UniqueFd(open(path.c_str(), O_WRONLY)).get(), "-rest\n\n");
     EXPECT_EQ(Outcome("Success", "half-rest"), receive(protocol));
-}
-
-TEST(TextProtocolOnUnconnectedSocket, ReceiveIsALinkError)
-{
-    TextProtocol protocol(new Link(socket(AF_UNIX, SOCK_STREAM, 0)));
-    EXPECT_EQ(
-        Outcome("Link error (Code 40003): {I/O error (Code 10004): {" + errnoText(EINVAL) + "}}", "<null>"),
-        receive(protocol));
 }
 
 TEST(TextProtocolDeathTest, ConstructorAssertsOnANullLink)

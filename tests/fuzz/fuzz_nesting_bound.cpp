@@ -16,7 +16,7 @@
 namespace {
 
 using akvo::fuzz::require;
-namespace xs = velmo::utilities::xmlserializer::detail;
+namespace xs = velmo::utilities::xmlserializer;
 
 struct Shape
 {

@@ -1,6 +1,7 @@
 #include "CannedEngine.h"
-#include "FixedEngine.h"
+#include "EngineMessages.h"
 #include "StderrCapture.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>
@@ -66,12 +67,7 @@ namespace {
 TEST(AllocationFailure, AnAnswerTooLargeForMemoryIsATransportError)
 {
     CannedEngine huge(std::string(12 * 1024 * 1024, 'x') + "\n\n");
-    CannedEngine fixed(
-        "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Answer><Result><ErrorCode>1000"
-        "</ErrorCode><Message></Message></Result><LipSyncNtpTimestamps><capture_timestamp>1"
-        "</capture_timestamp><rendering_timestamp>2</rendering_timestamp><receiving_timestamp>3"
-        "</receiving_timestamp><jitter_buffer_depth>4</jitter_buffer_depth></LipSyncNtpTimestamps>"
-        "</GetAudioTs_Answer></AKVO>\n\n");
+    CannedEngine fixed(framed(getAudioTsAnswer("1000", "<Message/>", {"1", "2", "3", "4"})));
     StderrCapture quiet;
     Service service;
     ASSERT_EQ("Success", service.connect(huge.socketPath()).format());

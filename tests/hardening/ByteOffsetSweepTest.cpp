@@ -1,7 +1,9 @@
+#include "EngineMessages.h"
 #include "FdCount.h"
-#include "FixedEngine.h"
+#include "ResultTexts.h"
 #include "Simulator.h"
 #include "StderrCapture.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>
@@ -19,15 +21,7 @@ namespace {
 // leave the Service unable to reconnect or holding a descriptor.
 TEST(ByteOffsetSweep, OnlyTheWholeFrameIsAnAnswer)
 {
-    std::string answer;
-    {
-        SimulatorProcess measuring({"--fixed"});
-        RawClient client(measuring.socketPath());
-        const std::string request =
-            "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Request /></AKVO>";
-        ASSERT_TRUE(client.write(request + "\n\n") && client.readMessage(answer));
-    }
-    const size_t frameSize = answer.size() + 2;
+    const size_t frameSize = framed(fixedGetAudioTsAnswer).size();
 
     // Request k + 1 is cut after k bytes; the request after the sweep is served whole.
     std::vector<std::string> arguments = {"--fixed"};

@@ -1,6 +1,7 @@
 #include "CannedEngine.h"
-#include "FixedEngine.h"
+#include "EngineMessages.h"
 #include "StderrCapture.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>
@@ -37,16 +38,9 @@ private:
     std::locale _previous;
 };
 
-const std::string head =
-    "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Answer><Result><ErrorCode>";
-
 std::string answerFrame(const std::string& code, const std::string& capture)
 {
-    return head + code + "</ErrorCode><Message/></Result><LipSyncNtpTimestamps><capture_timestamp>" +
-           capture +
-           "</capture_timestamp><rendering_timestamp>2</rendering_timestamp><receiving_timestamp>3"
-           "</receiving_timestamp><jitter_buffer_depth>4</jitter_buffer_depth></LipSyncNtpTimestamps>"
-           "</GetAudioTs_Answer></AKVO>\n\n";
+    return framed(getAudioTsAnswer(code, "<Message/>", {capture, "2", "3", "4"}));
 }
 
 // Through the general path too: a blank before the timestamps makes the
@@ -73,14 +67,6 @@ std::string callOnce(const std::string& frame, LipSyncNtpTimestamps& timestamps,
 
 TEST_F(UnderAGroupingGlobalLocale, ResultTextsAndLogLinesHavePlainDigits)
 {
-    StderrCapture capture;
-    Service service;
-    unsigned long long delayMs = 0;
-    EXPECT_EQ("Bad state (Code 1003): Not connected to the audio KVO",
-              service.getAudioDelayMargin(delayMs).format());
-    EXPECT_EQ("Bad state (Code 1003): Not connected to the audio KVO",
-              service.setAudioDelayMargin(1000).format());
-
     for (const std::string& frame :
          {answerFrame("1000", "16045690984833536"), generalPathFrame("1000", "16045690984833536")}) {
         LipSyncNtpTimestamps timestamps = untouchedTimestamps;

@@ -1,6 +1,8 @@
 #include "CannedEngine.h"
-#include "FixedEngine.h"
+#include "EngineMessages.h"
+#include "ResultTexts.h"
 #include "StderrCapture.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsync/GetAudioTs.h"
 #include "velmo/kvo/lipsync/LipSyncSerializer.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
@@ -16,7 +18,7 @@ using velmo::kvo::lipsyncapi::Service;
 
 namespace {
 
-const std::string head = "<?xml version=\"1.0\" ?><AKVO version=\"0.1.0\"><GetAudioTs_Answer>";
+const std::string head = envelope + "<GetAudioTs_Answer>";
 
 std::string repeated(const std::string& piece, size_t times)
 {

@@ -6,18 +6,14 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
-#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
-using akvo::test::LogRecord;
-using akvo::test::writerMessage;
-
 namespace {
 
-constexpr int writerCount = 6;
+using namespace akvo::test;
+
 constexpr int recordsPerWriter = 400;
 
 // Every writer thread logs its records at once, while the receiver reads
@@ -25,7 +21,7 @@ constexpr int recordsPerWriter = 400;
 // whole and exactly once; one that it refuses must be refused with -EAGAIN
 // (the receiver's queue was full) and never arrive. Returns how many were
 // refused.
-int runRound(akvo::test::LogReceiver& receiver, bool reading)
+int runRound(LogReceiver& receiver, bool reading)
 {
     std::atomic<bool> writing{true};
     std::vector<LogRecord> received;
@@ -41,49 +37,22 @@ int runRound(akvo::test::LogReceiver& receiver, bool reading)
     if (reading) {
         reader = std::thread(receive);
     }
-    int results[writerCount][recordsPerWriter];
-    std::vector<std::thread> threads;
-    for (int writer = 0; writer < writerCount; ++writer) {
-        threads.emplace_back([&results, writer] {
-            const std::string tag = "W" + std::to_string(writer);
-            for (int record = 0; record < recordsPerWriter; ++record) {
-                const std::string message = writerMessage(writer, record);
-                const int priority = AKVO_LOG_DEBUG + record % 4;
-                results[writer][record] =
-                    record % 2 == 0 ? __android_log_write(priority, tag.c_str(), message.c_str())
-                                    : __android_log_print(priority, tag.c_str(), "%s", message.c_str());
-            }
+    const PerRecord results =
+        writeFromThreads(recordsPerWriter, [](int priority, const char* tag, const char* message) {
+            return priority % 2 == 0 ? __android_log_write(priority, tag, message)
+                                     : __android_log_print(priority, tag, "%s", message);
         });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
     writing = false;
     reading ? reader.join() : receive();
 
-    int arrivals[writerCount][recordsPerWriter] = {};
-    for (const LogRecord& record : received) {
-        int writer = -1;
-        int number = -1;
-        std::sscanf(record.message.c_str(), "writer %d record %d ", &writer, &number);
-        if (writer < 0 || writer >= writerCount || number < 0 || number >= recordsPerWriter) {
-            ADD_FAILURE() << "a record nobody wrote: " << record.message;
-            continue;
-        }
-        EXPECT_EQ("W" + std::to_string(writer), record.tag) << record.message;
-        EXPECT_EQ(writerMessage(writer, number), record.message);
-        EXPECT_EQ(AKVO_LOG_DEBUG + number % 4, record.priority) << record.message;
-        ++arrivals[writer][number];
-    }
+    const PerRecord arrived = arrivals(received, recordsPerWriter);
     int refused = 0;
     for (int writer = 0; writer < writerCount; ++writer) {
         for (int number = 0; number < recordsPerWriter; ++number) {
             const int result = results[writer][number];
-            // Priority, then tag and message with their NULs.
-            const int payload =
-                static_cast<int>(4 + std::to_string(writer).size() + writerMessage(writer, number).size());
-            EXPECT_EQ(result > 0 ? payload : -EAGAIN, result) << "writer " << writer << " record " << number;
-            EXPECT_EQ(result > 0 ? 1 : 0, arrivals[writer][number])
+            EXPECT_EQ(result > 0 ? sentSize(writer, number) : -EAGAIN, result)
+                << "writer " << writer << " record " << number;
+            EXPECT_EQ(result > 0 ? 1 : 0, arrived[writer][number])
                 << "writer " << writer << " record " << number;
             refused += result > 0 ? 0 : 1;
         }
@@ -101,7 +70,7 @@ TEST(LogWriterConcurrency, RecordsArriveWholeOrAreRefusedWithEagain)
     ASSERT_EQ(50u, throughput_limit.threshold)
         << "run through ctest, which sets LIBLOG_THROUGHPUT_LIMIT=50/1";
     ASSERT_EQ(1000u, throughput_limit.sleep_us);
-    akvo::test::LogReceiver& receiver = akvo::test::processLogReceiver();
+    LogReceiver& receiver = processLogReceiver();
 
     // Nobody reads while the writers run, so the receiver's queue fills up
     // after a few records and both outcomes must occur.

@@ -16,13 +16,10 @@
 #include <unistd.h>
 #include <vector>
 
-using akvo::test::LogReceiver;
-using akvo::test::LogRecord;
-using akvo::test::writerMessage;
+using namespace akvo::test;
 
 namespace {
 
-constexpr int writerCount = 6;
 constexpr int recordsPerWriter = 20000;
 
 // A log daemon that restarts every few milliseconds. Each new socket is bound
@@ -117,47 +114,22 @@ TEST(LogWriterDaemonRestart, EveryRecordArrivesAtMostOnceAndOnlyOnTheLogSocket)
     std::atomic<int> strayBytes{0};
     std::thread bystander(watchForStrayRecords, std::cref(writing), std::ref(strayBytes));
 
-    std::vector<std::vector<int>> results(writerCount, std::vector<int>(recordsPerWriter));
-    std::vector<std::thread> writers;
-    for (int writer = 0; writer < writerCount; ++writer) {
-        writers.emplace_back([&results, writer] {
-            const std::string tag = "W" + std::to_string(writer);
-            for (int record = 0; record < recordsPerWriter; ++record) {
-                results[writer][record] =
-                    __android_log_write(AKVO_LOG_INFO, tag.c_str(), writerMessage(writer, record).c_str());
-            }
-        });
-    }
-    for (std::thread& thread : writers) {
-        thread.join();
-    }
+    const PerRecord results = writeFromThreads(recordsPerWriter, __android_log_write);
     writing = false;
     server.join();
     bystander.join();
 
     EXPECT_EQ(0, strayBytes.load());
     EXPECT_GT(daemon.restarts(), 2);
-    std::vector<std::vector<int>> arrivals(writerCount, std::vector<int>(recordsPerWriter));
-    for (const LogRecord& record : received) {
-        int writer = -1;
-        int number = -1;
-        std::sscanf(record.message.c_str(), "writer %d record %d ", &writer, &number);
-        ASSERT_TRUE(writer >= 0 && writer < writerCount && number >= 0 && number < recordsPerWriter)
-            << "a record nobody wrote: " << record.message;
-        EXPECT_EQ(writerMessage(writer, number), record.message);
-        EXPECT_EQ("W" + std::to_string(writer), record.tag);
-        ++arrivals[writer][number];
-    }
+    const PerRecord arrived = arrivals(received, recordsPerWriter);
     int sent = 0;
     for (int writer = 0; writer < writerCount; ++writer) {
-        const int payload = static_cast<int>(4 + std::to_string(writer).size());
         for (int number = 0; number < recordsPerWriter; ++number) {
             const int result = results[writer][number];
-            const int expected = payload + static_cast<int>(writerMessage(writer, number).size());
-            ASSERT_TRUE(result == expected || result == -EAGAIN || result == -ECONNREFUSED ||
+            ASSERT_TRUE(result == sentSize(writer, number) || result == -EAGAIN || result == -ECONNREFUSED ||
                         result == -ECONNRESET || result == -ENOTCONN)
                 << "writer " << writer << " record " << number << " returned " << result;
-            ASSERT_LE(arrivals[writer][number], result > 0 ? 1 : 0)
+            ASSERT_LE(arrived[writer][number], result > 0 ? 1 : 0)
                 << "writer " << writer << " record " << number;
             sent += result > 0 ? 1 : 0;
         }

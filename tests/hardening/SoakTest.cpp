@@ -1,8 +1,8 @@
 #include "ChildProcess.h"
 #include "FdCount.h"
-#include "FixedEngine.h"
 #include "Simulator.h"
 #include "StderrCapture.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 
 #include <gtest/gtest.h>

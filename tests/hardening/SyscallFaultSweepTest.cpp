@@ -1,8 +1,9 @@
 #include "ChildProcess.h"
 #include "FdCount.h"
-#include "FixedEngine.h"
 #include "LogReceiver.h"
+#include "ResultTexts.h"
 #include "Simulator.h"
+#include "Timestamps.h"
 #include "velmo/kvo/lipsyncapi/Service.h"
 #include "velmo/kvo/log/AndroidLog.h"
 

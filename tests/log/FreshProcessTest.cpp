@@ -54,15 +54,6 @@ void expectReceived(LogReceiver& receiver, const std::string& message)
     EXPECT_EQ(message, record->message);
 }
 
-void retriesTheConnectUntilTheDaemonIsThere()
-{
-    unlink(socketPath);
-    EXPECT_EQ(-ENOENT, writeText("1"));
-    LogReceiver receiver(socketPath);
-    EXPECT_EQ(5, writeText("2"));
-    expectReceived(receiver, "2");
-}
-
 // Linux reports a vanished peer once, as ECONNREFUSED, and only the records
 // after that find the socket not connected and reconnect.
 void reconnectsWhenTheDaemonComesBack()
@@ -166,7 +157,6 @@ TEST_P(WriterLifecycle, HoldsInAFreshProcess)
 INSTANTIATE_TEST_SUITE_P(
     Scenarios, WriterLifecycle,
     ::testing::Values(
-        LifecycleCase{"RetriesTheConnectUntilTheDaemonIsThere", retriesTheConnectUntilTheDaemonIsThere},
         LifecycleCase{"ReconnectsWhenTheDaemonComesBack", reconnectsWhenTheDaemonComesBack},
         LifecycleCase{"ResendsEveryBufferAfterReconnecting", resendsEveryBufferAfterReconnecting},
         LifecycleCase{"StopsForGoodWhenTheReconnectFails", stopsForGoodWhenTheReconnectFails},

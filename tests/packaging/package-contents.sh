@@ -84,9 +84,6 @@ for header in velmo/kvo/lipsyncapi/Service.h velmo/kvo/lipsyncapi/akvo_lipsync.h
   velmo/kvo/common/LipSyncNtpTimestamps.h velmo/utilities/result/Result.h; do
   grep -Fxq "include/$header" <<<"$headers" || fail "public header missing: $header"
 done
-for tool in akvo-lipsync akvo-lipsync-sim akvo-logcat; do
-  [ -f "$work/installed/share/man/man1/$tool.1.gz" ] || fail "the install tree has no manual page for $tool"
-done
 
 check_package "libakvolipsyncapi$major" "$runtime" ""
 check_package libakvolipsyncapi-dev "$development" "libakvolipsyncapi$major (= $debversion)"

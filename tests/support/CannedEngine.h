@@ -1,13 +1,12 @@
 #ifndef AKVO_TESTS_SUPPORT_CANNEDENGINE_H
 #define AKVO_TESTS_SUPPORT_CANNEDENGINE_H
 
+#include "TempDir.h"
 #include "UnixSocket.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <sys/socket.h>
 #include <thread>
@@ -18,18 +17,16 @@ namespace test {
 
 // A lip-sync server for answers the simulator never sends: it accepts one
 // client, reads its first request, writes `answer` as it stands (framing
-// included, or not) and hangs up. It listens in a fresh folder, removed again
-// with it.
+// included, or not; nothing at all when empty) and hangs up. It listens in a
+// fresh folder, removed again with it.
 class CannedEngine
 {
 public:
-    explicit CannedEngine(std::string answer) : _answer(std::move(answer))
+    explicit CannedEngine(std::string answer)
+        : _answer(std::move(answer)), _socketPath(_folder.file("engine")),
+          _listener(listeningUnixSocket(_socketPath, 1))
     {
-        char folder[] = "/tmp/akvo-canned-XXXXXX";
-        _folder = mkdtemp(folder);
-        _socketPath = _folder + "/engine";
-        _listener = boundUnixSocket(SOCK_STREAM, _socketPath);
-        if (_listener < 0 || listen(_listener, 1) != 0) {
+        if (_listener < 0) {
             ADD_FAILURE() << "cannot listen at " << _socketPath << ": " << std::strerror(errno);
         }
         _server = std::thread([this] { serve(); });
@@ -39,13 +36,20 @@ public:
     {
         // Wakes an accept() that no client came for.
         shutdown(_listener, SHUT_RDWR);
-        _server.join();
+        received();
         close(_listener);
-        std::error_code ignored;
-        std::filesystem::remove_all(_folder, ignored);
     }
 
     const std::string& socketPath() const { return _socketPath; }
+
+    // Waits until the engine has hung up; returns every byte it read.
+    const std::string& received()
+    {
+        if (_server.joinable()) {
+            _server.join();
+        }
+        return _request;
+    }
 
     CannedEngine(const CannedEngine&) = delete;
     CannedEngine& operator=(const CannedEngine&) = delete;
@@ -57,12 +61,11 @@ private:
         if (client < 0) {
             return;
         }
-        std::string request;
         char chunk[512];
         ssize_t count;
-        while (request.find("\n\n") == std::string::npos &&
+        while (_request.find("\n\n") == std::string::npos &&
                (count = read(client, chunk, sizeof(chunk))) > 0) {
-            request.append(chunk, static_cast<size_t>(count));
+            _request.append(chunk, static_cast<size_t>(count));
         }
         // The client may give up half way; that must not raise SIGPIPE here.
         for (size_t sent = 0; sent < _answer.size(); sent += static_cast<size_t>(count)) {
@@ -74,10 +77,11 @@ private:
         close(client);
     }
 
+    TempDir _folder;
     std::string _answer;
-    std::string _folder;
     std::string _socketPath;
-    int _listener = -1;
+    int _listener;
+    std::string _request;
     std::thread _server;
 };
 

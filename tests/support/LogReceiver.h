@@ -92,6 +92,14 @@ private:
     int _fd;
 };
 
+// A datagram as the log writer sends it, from thread 77 at
+// 1970-02-01 01:01:01.123456789 UTC, in log `logId`.
+inline std::string recordDatagram(uint8_t logId, const std::string& payload)
+{
+    return std::string(1, static_cast<char>(logId)) +
+           std::string("\x4d\x00\xcd\xec\x28\x00\x15\xcd\x5b\x07", 10) + payload;
+}
+
 #ifdef AKVO_TEST_LOGDW_PATH
 // The receiver of the test binary's own log writer, bound on first use and
 // kept for the life of the process, since the writer connects only once.

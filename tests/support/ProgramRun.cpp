@@ -68,5 +68,43 @@ ProgramOutput runProgram(const std::vector<std::string>& arguments, const std::s
     return output;
 }
 
+BackgroundProgram::BackgroundProgram(const std::vector<std::string>& arguments, bool mergeErrors)
+    : _output(memfd_create("stdout", MFD_CLOEXEC)),
+      _errors(mergeErrors ? _output : memfd_create("stderr", MFD_CLOEXEC)),
+      _pid(startProgram(arguments, STDIN_FILENO, _output, _errors))
+{
+}
+
+BackgroundProgram::~BackgroundProgram()
+{
+    stop();
+    if (_errors != _output) {
+        close(_errors);
+    }
+    close(_output);
+}
+
+std::string BackgroundProgram::outputUntil(const std::string& text) const
+{
+    std::string output;
+    for (int waited = 0; (output = fileText(_output)).find(text) == std::string::npos && waited < 10000;
+         waited += 5) {
+        usleep(5000);
+    }
+    return output;
+}
+
+std::string BackgroundProgram::errorOutput() const
+{
+    return fileText(_errors);
+}
+
+int BackgroundProgram::stop(int signal)
+{
+    const int status = _pid > 0 && kill(_pid, signal) == 0 ? reapWithin(_pid, 10000) : 0;
+    _pid = -1;
+    return status;
+}
+
 } // namespace test
 } // namespace akvo

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -21,45 +20,23 @@ const char* simulatorExecutable()
     return AKVO_SIM_PATH;
 }
 
-SimulatorProcess::SimulatorProcess(const std::string& socketPath, const std::vector<std::string>& extraArgs)
-    : _errorFd(memfd_create("sim-stderr", MFD_CLOEXEC))
+namespace {
+
+std::vector<std::string> simulatorCommand(const std::string& socketPath,
+                                          const std::vector<std::string>& extraArgs)
 {
-    char folder[] = "/tmp/akvo-sim-XXXXXX";
-    EXPECT_NE(nullptr, mkdtemp(folder));
-    _folder = folder;
-    _socketPath = socketPath.empty() ? _folder + "/lipsync.sock" : socketPath;
-    std::vector<std::string> args = {simulatorExecutable(), "--socket", _socketPath};
-    args.insert(args.end(), extraArgs.begin(), extraArgs.end());
-    const int output = memfd_create("sim-stdout", MFD_CLOEXEC);
-    _pid = startProgram(args, STDIN_FILENO, output, _errorFd);
-    std::string said;
-    for (int waited = 0; said.find('\n') == std::string::npos && waited < guardMs; waited += 5) {
-        usleep(5000);
-        said = fileText(output);
-    }
-    close(output);
-    EXPECT_EQ("akvo-lipsync-sim: listening on " + _socketPath + "\n", said)
+    std::vector<std::string> command = {simulatorExecutable(), "--socket", socketPath};
+    command.insert(command.end(), extraArgs.begin(), extraArgs.end());
+    return command;
+}
+
+} // namespace
+
+SimulatorProcess::SimulatorProcess(const std::vector<std::string>& extraArgs)
+    : _socketPath(_folder.file("lipsync.sock")), _program(simulatorCommand(_socketPath, extraArgs))
+{
+    EXPECT_EQ("akvo-lipsync-sim: listening on " + _socketPath + "\n", _program.outputUntil("\n"))
         << "akvo-lipsync-sim did not start; its standard error: " << errorOutput();
-}
-
-SimulatorProcess::~SimulatorProcess()
-{
-    stop();
-    unlink((_folder + "/lipsync.sock").c_str());
-    rmdir(_folder.c_str());
-    close(_errorFd);
-}
-
-int SimulatorProcess::stop(int signal)
-{
-    const int status = _pid > 0 && kill(_pid, signal) == 0 ? reapWithin(_pid, guardMs) : 0;
-    _pid = -1;
-    return status;
-}
-
-std::string SimulatorProcess::errorOutput() const
-{
-    return fileText(_errorFd);
 }
 
 RawClient::RawClient(const std::string& socketPath) : _fd(connectedUnixSocket(socketPath)) {}
@@ -91,6 +68,14 @@ bool RawClient::readMessage(std::string& message)
     message = _buffer.substr(0, end);
     _buffer.erase(0, end + 2);
     return true;
+}
+
+std::string serverReply(const std::string& socketPath, const std::string& bytes)
+{
+    RawClient client(socketPath);
+    EXPECT_TRUE(client.write(bytes));
+    shutdown(client.fd(), SHUT_WR);
+    return client.readUntilClosed();
 }
 
 std::string RawClient::readUntilClosed()

@@ -1,6 +1,9 @@
 #ifndef AKVO_TESTS_SUPPORT_SIMULATOR_H
 #define AKVO_TESTS_SUPPORT_SIMULATOR_H
 
+#include "ProgramRun.h"
+#include "TempDir.h"
+
 #include <csignal>
 #include <string>
 #include <sys/types.h>
@@ -14,32 +17,24 @@ namespace test {
 const char* simulatorExecutable();
 
 // The engine simulator as a child process, serving on a socket in a fresh
-// temporary folder or on a path of the caller's choosing. Construction returns
-// once the simulator said it listens, or fails the test after 10 s.
+// temporary folder. Construction returns once the simulator said it listens,
+// or fails the test after 10 s.
 class SimulatorProcess
 {
 public:
-    explicit SimulatorProcess(const std::vector<std::string>& extraArgs = {})
-        : SimulatorProcess("", extraArgs)
-    {
-    }
-    SimulatorProcess(const std::string& socketPath, const std::vector<std::string>& extraArgs);
-    ~SimulatorProcess();
-    SimulatorProcess(const SimulatorProcess&) = delete;
-    SimulatorProcess& operator=(const SimulatorProcess&) = delete;
+    explicit SimulatorProcess(const std::vector<std::string>& extraArgs = {});
 
     const std::string& socketPath() const { return _socketPath; }
-    pid_t pid() const { return _pid; }
-    // Sends `signal` (SIGKILL after 10 s) and returns the wait status; the destructor then only cleans up.
-    int stop(int signal = SIGTERM);
+    pid_t pid() const { return _program.pid(); }
+    // Sends `signal` (SIGKILL after 10 s) and returns the wait status.
+    int stop(int signal = SIGTERM) { return _program.stop(signal); }
     // What the simulator wrote on standard error so far.
-    std::string errorOutput() const;
+    std::string errorOutput() const { return _program.errorOutput(); }
 
 private:
-    std::string _folder;
+    TempDir _folder;
     std::string _socketPath;
-    int _errorFd;
-    pid_t _pid = -1;
+    BackgroundProgram _program;
 };
 
 // A client socket for talking bytes to a server; each read waits at most 10 s.
@@ -66,6 +61,10 @@ private:
     std::string _buffer;
     bool _closedByPeer = false;
 };
+
+// Sends `bytes` on a new connection, shuts its sending side and returns all
+// that the server sent before it closed the connection.
+std::string serverReply(const std::string& socketPath, const std::string& bytes);
 
 } // namespace test
 } // namespace akvo

@@ -2,7 +2,6 @@
 #define AKVO_TESTS_SUPPORT_UNIXSOCKET_H
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -11,13 +10,13 @@
 namespace akvo {
 namespace test {
 
-// The address of the Unix-domain socket at `path`, which must be shorter
-// than sun_path (the tests' paths are).
+// The address of the Unix-domain socket at `path`: its first 108 bytes, which
+// fill the whole sun_path without a terminator when there are that many.
 inline sockaddr_un unixAddress(const std::string& path)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    path.copy(address.sun_path, sizeof(address.sun_path));
     return address;
 }
 
@@ -41,6 +40,16 @@ inline int unixSocket(int type, const std::string& path, int (*operation)(int, c
 inline int boundUnixSocket(int type, const std::string& path)
 {
     return unixSocket(type, path, ::bind);
+}
+
+inline int listeningUnixSocket(const std::string& path, int backlog = 128)
+{
+    const int fd = boundUnixSocket(SOCK_STREAM, path);
+    if (fd >= 0 && listen(fd, backlog) != 0) {
+        close(fd);
+        return -1;
+    }
+    return fd;
 }
 
 inline int connectedUnixSocket(const std::string& path)

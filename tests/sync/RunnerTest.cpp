@@ -1,5 +1,6 @@
 #include "velmo/kvo/sync/Runner.h"
 #include "Simulator.h"
+#include "TempDir.h"
 #include "velmo/kvo/sync/NtpDuration.h"
 
 #include <gtest/gtest.h>
@@ -27,9 +28,8 @@ const char scenario[] = R"({"name": "runner", "duration_s": 600, "margin_lag_ms"
 TEST(Runner, KeepsTheSimulatorInSyncThroughLostPollsAndAnEngineRestart)
 {
     std::signal(SIGPIPE, SIG_IGN);
-    char folder[] = "/tmp/akvo-runner-XXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(folder));
-    const std::string path = std::string(folder) + "/scenario.json";
+    const TempDir folder;
+    const std::string path = folder.file("scenario.json");
     std::ofstream(path) << scenario;
     SimulatorProcess simulator({"--scenario", path, "--verbose"});
     Runner runner(simulator.socketPath(), pollMs);
@@ -66,8 +66,6 @@ TEST(Runner, KeepsTheSimulatorInSyncThroughLostPollsAndAnEngineRestart)
     // The margin went to the engine again after the restart.
     const std::string log = simulator.errorOutput();
     EXPECT_NE(std::string::npos, log.find("SetAudioDelay_Request 100", log.find("engine restart")));
-    unlink(path.c_str());
-    rmdir(folder);
 }
 
 TEST(Runner, ReportsAnEngineItCannotReach)

@@ -18,8 +18,8 @@
 #include <vector>
 
 using akvo::test::processLogReceiver;
+using velmo::utilities::Level;
 using velmo::utilities::Log;
-using velmo::utilities::details::Level;
 
 namespace {
 
@@ -52,7 +52,6 @@ TEST(GenericLog, FormatsTheStandardErrorLineAsPrintfDoes)
         std::function<void()> log;
         std::string line;
     } cases[] = {
-        {[] { Log::log<Level::Info>("T", "%s", "plain"); }, "I/T plain\n"},
         {[] { Log::log<Level::Info>("T", "%d-%s", 42, "x"); }, "I/T 42-x\n"},
         {[&longText] { Log::log<Level::Fatal>("VELMO", "%s", longText.c_str()); },
          "F/VELMO " + longText + "\n"},

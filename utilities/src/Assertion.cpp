@@ -10,7 +10,7 @@ namespace utilities {
 void failAssertion(const char* siteText)
 {
     {
-        Log::Stream<details::Level::Fatal> stream("VELMO");
+        Log::Stream<Level::Fatal> stream("VELMO");
         stream << siteText;
     }
     std::abort();

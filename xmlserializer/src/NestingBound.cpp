@@ -5,7 +5,6 @@
 namespace velmo {
 namespace utilities {
 namespace xmlserializer {
-namespace detail {
 
 bool holdsTooManyOpeningBrackets(const std::string& xml)
 {
@@ -22,7 +21,6 @@ bool holdsTooManyOpeningBrackets(const std::string& xml)
     return false;
 }
 
-} // namespace detail
 } // namespace xmlserializer
 } // namespace utilities
 } // namespace velmo

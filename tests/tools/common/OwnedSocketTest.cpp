@@ -1,9 +1,9 @@
 #include "OwnedSocket.h"
+#include "TempDir.h"
 #include "UnixSocket.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sys/socket.h>
@@ -21,21 +21,11 @@ namespace {
 class SocketFolder : public ::testing::Test
 {
 public:
-    void SetUp() override
-    {
-        char name[] = "/tmp/akvo-owned-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(name));
-        folder = name;
-        path = folder + "/socket";
-    }
-
-    void TearDown() override
+    ~SocketFolder() override
     {
         for (const int fd : fds) {
             close(fd);
         }
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
     }
 
     int keep(int fd) { return fds.emplace_back(fd); }
@@ -58,8 +48,8 @@ public:
         }
     }
 
-    std::string folder;
-    std::string path;
+    akvo::test::TempDir folder;
+    std::string path = folder.file("socket");
     std::vector<int> fds;
 };
 
@@ -121,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
                  [](SocketFolder& f) { f.keep(akvo::test::boundUnixSocket(SOCK_DGRAM, f.path)); }, inUse},
         PathCase{"File", SOCK_STREAM, [](SocketFolder& f) { std::ofstream(f.path) << "data"; }, notASocket},
         PathCase{"Folder", SOCK_DGRAM, [](SocketFolder& f) { mkdir(f.path.c_str(), 0700); }, notASocket},
-        PathCase{"MissingFolder", SOCK_DGRAM, [](SocketFolder& f) { f.path = f.folder + "/missing/socket"; },
+        PathCase{"MissingFolder", SOCK_DGRAM,
+                 [](SocketFolder& f) { f.path = f.folder.file("missing/socket"); },
                  "cannot bind PATH: No such file or directory"},
         PathCase{"LongPath", SOCK_STREAM, [](SocketFolder& f) { f.path += std::string(100, 'p'); },
                  badLength},

@@ -1,4 +1,6 @@
+#include "LogReceiver.h"
 #include "ProgramRun.h"
+#include "TempDir.h"
 #include "UnixSocket.h"
 #include "velmo/kvo/log/AndroidLog.h"
 
@@ -10,60 +12,27 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <string>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+using namespace akvo::test;
 using namespace std::string_literals;
-using akvo::test::fileText;
 
 namespace {
 
-// akvo-logcat listening on `path`, its standard output and error gathered in
-// one memory file; the socket file is removed in the end whatever happened.
-class Logcat
+// akvo-logcat listening on `path`; its standard output and error go together.
+std::vector<std::string> logcatCommand(const std::string& path, const std::vector<std::string>& options = {})
 {
-public:
-    Logcat(const std::vector<std::string>& options, const std::string& path)
-        : _path(path), _output(memfd_create("logcat", MFD_CLOEXEC))
-    {
-        std::vector<std::string> command = {AKVO_LOGCAT_PATH, "--socket", path};
-        command.insert(command.end(), options.begin(), options.end());
-        _pid = akvo::test::startProgram(command, STDIN_FILENO, _output, _output);
-    }
+    std::vector<std::string> command = {AKVO_LOGCAT_PATH, "--socket", path};
+    command.insert(command.end(), options.begin(), options.end());
+    return command;
+}
 
-    ~Logcat()
-    {
-        stop(SIGKILL);
-        close(_output);
-        unlink(_path.c_str());
-    }
-
-    // All the output so far, once it holds `text` or after 5 s.
-    std::string outputUntil(const std::string& text) const
-    {
-        std::string output;
-        for (int step = 0; (output = fileText(_output)).find(text) == std::string::npos && step < 1000;
-             ++step) {
-            usleep(5000);
-        }
-        return output;
-    }
-
-    // Sends `signal` and returns the wait status.
-    int stop(int signal)
-    {
-        const int status = _pid > 0 && kill(_pid, signal) == 0 ? akvo::test::reapWithin(_pid, 5000) : 0;
-        _pid = -1;
-        return status;
-    }
-
-private:
-    std::string _path;
-    int _output;
-    pid_t _pid;
-};
+std::string listening(const std::string& path)
+{
+    return "akvo-logcat: listening on " + path + "\n";
+}
 
 // The real-time stamps "MM-DD HH:MM:SS.mmm" that begin the lines after the first, zeroed.
 std::string withTimesZeroed(std::string text)
@@ -81,16 +50,16 @@ std::string withTimesZeroed(std::string text)
 // akvo-logcat stands in for the daemon.
 TEST(Logcat, ShowsTheRecordsThatAProgramWritesUntilSigterm)
 {
-    Logcat logcat({}, AKVO_TEST_LOGDW_PATH);
-    const std::string listening = "akvo-logcat: listening on "s + AKVO_TEST_LOGDW_PATH + "\n";
-    ASSERT_EQ(listening, logcat.outputUntil("\n"));
+    BackgroundProgram logcat(logcatCommand(AKVO_TEST_LOGDW_PATH), true);
+    ASSERT_EQ(listening(AKVO_TEST_LOGDW_PATH), logcat.outputUntil("\n"));
 
     EXPECT_EQ(24, __android_log_write(4, "AKVO", "hello from a test"));
     EXPECT_EQ(12, __android_log_bswrite(7, "abc"));
 
     const std::string thread = std::to_string(gettid() & 0xffff);
-    EXPECT_EQ(listening + "00-00 00:00:00.000 " + thread + " I/AKVO: hello from a test\n" +
-                  "00-00 00:00:00.000 " + thread + " event 7 (string): abc\n",
+    EXPECT_EQ(listening(AKVO_TEST_LOGDW_PATH) + "00-00 00:00:00.000 " + thread +
+                  " I/AKVO: hello from a test\n" + "00-00 00:00:00.000 " + thread +
+                  " event 7 (string): abc\n",
               withTimesZeroed(logcat.outputUntil("abc\n")));
     EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
     EXPECT_NE(0, access(AKVO_TEST_LOGDW_PATH, F_OK));
@@ -98,7 +67,7 @@ TEST(Logcat, ShowsTheRecordsThatAProgramWritesUntilSigterm)
 
 void sendDatagram(const std::string& path, const std::string& bytes)
 {
-    const sockaddr_un address = akvo::test::unixAddress(path);
+    const sockaddr_un address = unixAddress(path);
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     EXPECT_EQ(static_cast<ssize_t>(bytes.size()),
               sendto(fd, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&address),
@@ -106,47 +75,19 @@ void sendDatagram(const std::string& path, const std::string& bytes)
     close(fd);
 }
 
-// The JSON members that the kernel's credentials give for the records that
-// this process sends.
-std::string sender()
+TEST(Logcat, WarnsAboutAMalformedDatagramAndGoesOn)
 {
-    return R"("pid":)" + std::to_string(getpid()) + R"(,"uid":)" + std::to_string(getuid());
-}
-
-// Thread 77, 1970-02-01 01:01:01.123456789 UTC.
-std::string datagram(uint8_t logId, const std::string& payload)
-{
-    return std::string(1, static_cast<char>(logId)) + "\x4d\x00\xcd\xec\x28\x00\x15\xcd\x5b\x07"s + payload;
-}
-
-TEST(Logcat, WarnsAboutMalformedDatagramsAndGoesOn)
-{
-    const std::string path = "/tmp/akvo-logcat-" + std::to_string(getpid()) + ".sock";
-    Logcat logcat({"--json"}, path);
-    ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
-
+    const TempDir folder;
+    const std::string path = folder.file("logdw");
+    BackgroundProgram logcat(logcatCommand(path, {"-v", "brief"}), true);
+    ASSERT_EQ(listening(path), logcat.outputUntil("\n"));
     sendDatagram(path, "short");
-    sendDatagram(path, datagram(1, "\x04RILJ\0m\0"s));
-    sendDatagram(path, datagram(2, "\x2a\0\0\0\x02\x09\0\0\0"
-                                   "abc"s));
-    sendDatagram(path, datagram(2, "\x2a\0\0\0\x01\xaa\xbb"s));
-
+    sendDatagram(path, recordDatagram(0, "\x04T\0after\0"s));
     EXPECT_EQ(
-        "akvo-logcat: listening on " + path + "\n" +
+        listening(path) +
             "akvo-logcat: skipped malformed record: datagram of 5 bytes, shorter than the 11-byte record "
-            "header\n"
-            R"({"id":1,)" +
-            sender() +
-            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"text","priority":4,)"
-            R"("level":"I","tag":"RILJ","message":"m"})"
-            "\nakvo-logcat: skipped malformed record: string event declares 9 bytes but carries 3\n"
-            R"({"id":2,)" +
-            sender() +
-            R"(,"tid":77,"sec":2682061,"nsec":123456789,"kind":"binary","event":42,)"
-            R"("type":1,"payload":"aabb"})"
-            "\n",
-        logcat.outputUntil("aabb\"}\n"));
-    EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
+            "header\nI/T(77): after\n",
+        logcat.outputUntil("after\n"));
 }
 
 struct ShownCase
@@ -160,15 +101,23 @@ class LogcatShows : public ::testing::TestWithParam<ShownCase>
 {
 };
 
+// The JSON members that the kernel's credentials give for the records that
+// this process sends.
+std::string sender()
+{
+    return R"("pid":)" + std::to_string(getpid()) + R"(,"uid":)" + std::to_string(getuid());
+}
+
 // Each case also shows END, sent last, so that its line tells that every
 // record before it was taken.
 TEST_P(LogcatShows, TheRecordsItsFiltersLetThroughInItsFormat)
 {
-    const std::string path = "/tmp/akvo-logcat-" + std::to_string(getpid()) + "-" + GetParam().name;
+    const TempDir folder;
+    const std::string path = folder.file("logdw");
     std::vector<std::string> options = GetParam().options;
     options.push_back("END:F");
-    Logcat logcat(options, path);
-    ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
+    BackgroundProgram logcat(logcatCommand(path, options), true);
+    ASSERT_EQ(listening(path), logcat.outputUntil("\n"));
     for (const std::string& payload : {"\x04"
                                        "AKVO\0one\0"s,
                                        "\x05"
@@ -177,19 +126,15 @@ TEST_P(LogcatShows, TheRecordsItsFiltersLetThroughInItsFormat)
                                        "RILJ\0three\0"s,
                                        "\x07"
                                        "END\0end\0"s}) {
-        sendDatagram(path, datagram(0, payload));
+        sendDatagram(path, recordDatagram(0, payload));
     }
-    EXPECT_EQ("akvo-logcat: listening on " + path + "\n" + GetParam().shown,
+    EXPECT_EQ(listening(path) + GetParam().shown,
               logcat.outputUntil(GetParam().shown[0] == '{' ? "end\"}\n" : "end\n"));
-    EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Filters, LogcatShows,
-    ::testing::Values(ShownCase{"brief",
-                                {"-v", "brief"},
-                                "I/AKVO(77): one\nW/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
-                      ShownCase{"tag",
+    ::testing::Values(ShownCase{"tag",
                                 {"--format", "brief", "AKVO:W"},
                                 "W/AKVO(77): two\nE/RILJ(77): three\nF/END(77): end\n"},
                       ShownCase{"silent",
@@ -208,17 +153,15 @@ INSTANTIATE_TEST_SUITE_P(
                                     "\n"}),
     [](const ::testing::TestParamInfo<ShownCase>& info) { return std::string(info.param.name); });
 
-std::string tempPath(const std::string& name)
-{
-    return "/tmp/akvo-logcat-" + std::to_string(getpid()) + "-" + name;
-}
-
-akvo::test::ProgramOutput runLogcat(const std::vector<std::string>& arguments)
+ProgramOutput runLogcat(const std::vector<std::string>& arguments)
 {
     std::vector<std::string> command = {AKVO_LOGCAT_PATH};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return akvo::test::runProgram(command);
+    return runProgram(command);
 }
+
+// A free path, so that a command line taken by mistake cannot bind a real one.
+const std::string unusedPath = "/tmp/akvo-logcat-" + std::to_string(getpid()) + "-unused";
 
 struct UsageCase
 {
@@ -232,53 +175,45 @@ class LogcatUsage : public ::testing::TestWithParam<UsageCase>
 
 TEST_P(LogcatUsage, ExitsWithStatusTwo)
 {
-    const akvo::test::ProgramOutput run = runLogcat(GetParam().arguments);
+    const ProgramOutput run = runLogcat(GetParam().arguments);
     const std::string& error = run.standardError;
     const size_t lineEnd = std::min(error.find('\n'), error.size());
     EXPECT_EQ(2, run.exitStatus);
     EXPECT_EQ(0u, error.find("akvo-logcat: ")) << error;
     EXPECT_NE(std::string::npos, error.substr(0, lineEnd).find(GetParam().part)) << error;
     EXPECT_EQ("\nRun with --help for more information.\n", error.substr(lineEnd));
-    EXPECT_NE(0, access(tempPath("usage").c_str(), F_OK));
+    EXPECT_NE(0, access(unusedPath.c_str(), F_OK));
 }
 
-// Each names a free path, so that a command line taken by mistake cannot bind a real one.
 INSTANTIATE_TEST_SUITE_P(Arguments, LogcatUsage,
-                         ::testing::Values(UsageCase{{"--socket", tempPath("usage"), "--bogus"}, "--bogus"},
-                                           UsageCase{{"--socket", tempPath("usage"), "stray:Q"}, "stray:Q"},
-                                           UsageCase{{"--socket", tempPath("usage"), "-v", "long"}, "long"},
-                                           UsageCase{{"--socket", tempPath("usage"), "--pid", "-5"}, "-5"},
-                                           UsageCase{{"--socket", tempPath("usage"), "--json", "-v", "brief"},
+                         ::testing::Values(UsageCase{{"--socket", unusedPath, "--bogus"}, "--bogus"},
+                                           UsageCase{{"--socket", unusedPath, "stray:Q"}, "stray:Q"},
+                                           UsageCase{{"--socket", unusedPath, "-v", "long"}, "long"},
+                                           UsageCase{{"--socket", unusedPath, "--pid", "-5"}, "-5"},
+                                           UsageCase{{"--socket", unusedPath, "--json", "-v", "brief"},
                                                      "--json"}));
 
 TEST(LogcatUsage, HelpAndVersionExitWithZero)
 {
     for (const auto& [option, shown] :
          {std::pair{"--help", "\nUsage: akvo-logcat [OPTIONS]"}, std::pair{"--version", "akvo-logcat "}}) {
-        const akvo::test::ProgramOutput run = runLogcat({option});
+        const ProgramOutput run = runLogcat({option});
         EXPECT_EQ(0, run.exitStatus);
         EXPECT_NE(std::string::npos, run.standardOutput.find(shown)) << run.standardOutput;
     }
 }
 
-// akvo-logcat owns its path as OwnedSocket does: a live socket there is
-// refused, and the file it leaves once closed is replaced.
-TEST(Logcat, RefusesALiveSocketPathAndReplacesAStaleOne)
+// akvo-logcat owns its path as OwnedSocket does: a live socket there is refused.
+TEST(Logcat, RefusesALiveSocketPath)
 {
-    const std::string path = tempPath("owned");
-    const int live = akvo::test::boundUnixSocket(SOCK_DGRAM, path);
+    const TempDir folder;
+    const std::string path = folder.file("taken");
+    const int live = boundUnixSocket(SOCK_DGRAM, path);
     ASSERT_LE(0, live);
-    const akvo::test::ProgramOutput refused = runLogcat({"--socket", path});
+    const ProgramOutput refused = runLogcat({"--socket", path});
     close(live);
     EXPECT_EQ(2, refused.exitStatus);
     EXPECT_EQ("akvo-logcat: path in use by another process: " + path + "\n", refused.standardError);
-
-    Logcat logcat({}, path);
-    ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
-    sendDatagram(path, datagram(0, "\x04T\0after\0"s));
-    EXPECT_NE(std::string::npos, logcat.outputUntil("after\n").find("I/T: after\n"));
-    EXPECT_EQ(0, logcat.stop(SIGTERM)) << "not a clean exit";
-    EXPECT_NE(0, access(path.c_str(), F_OK));
 }
 
 #ifdef AKVO_CLI_PATH
@@ -288,20 +223,22 @@ TEST(Logcat, RefusesALiveSocketPathAndReplacesAStaleOne)
 TEST(Logcat, TellsTheLibrarysRecordsApartByTheirProcess)
 {
     for (const bool onlyThisProcess : {false, true}) {
-        const std::string path = tempPath(onlyThisProcess ? "one-sender" : "senders");
-        Logcat logcat(onlyThisProcess
-                          ? std::vector<std::string>{"-v", "brief", "--pid", std::to_string(getpid())}
-                          : std::vector<std::string>{"-v", "threadtime"},
-                      path);
-        ASSERT_EQ("akvo-logcat: listening on " + path + "\n", logcat.outputUntil("\n"));
+        const TempDir folder;
+        const std::string path = folder.file("logdw");
+        BackgroundProgram logcat(logcatCommand(path, onlyThisProcess
+                                                         ? std::vector<std::string>{"-v", "brief", "--pid",
+                                                                                    std::to_string(getpid())}
+                                                         : std::vector<std::string>{"-v", "threadtime"}),
+                                 true);
+        ASSERT_EQ(listening(path), logcat.outputUntil("\n"));
         const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        const pid_t cli = akvo::test::startProgram({"/usr/bin/env", "AKVO_LOG_SOCKET=" + path, AKVO_CLI_PATH,
-                                                    "--socket", "/tmp/akvo-logcat-nobody-listens", "caps"},
-                                                   STDIN_FILENO, nowhere, nowhere);
+        const pid_t cli = startProgram({"/usr/bin/env", "AKVO_LOG_SOCKET=" + path, AKVO_CLI_PATH, "--socket",
+                                        "/tmp/akvo-logcat-nobody-listens", "caps"},
+                                       STDIN_FILENO, nowhere, nowhere);
         close(nowhere);
-        EXPECT_EQ(3, WEXITSTATUS(akvo::test::reapWithin(cli, 10000)));
-        sendDatagram(path, datagram(0, "\x07"
-                                       "END\0end\0"s));
+        EXPECT_EQ(3, WEXITSTATUS(reapWithin(cli, 10000)));
+        sendDatagram(path, recordDatagram(0, "\x07"
+                                             "END\0end\0"s));
         const std::string shown = logcat.outputUntil("end\n");
         char sender[64];
         std::snprintf(sender, sizeof(sender), " %5d %5d I AKVOLIPSYNCAPI: Client is connecting ", cli,

@@ -1,4 +1,5 @@
 #include "RecordDecoder.h"
+#include "LogReceiver.h"
 #include "RecordFormat.h"
 
 #include <gtest/gtest.h>
@@ -12,11 +13,7 @@ using namespace std::string_literals;
 
 namespace {
 
-// Thread 77, 1970-02-01 01:01:01.123456789 UTC.
-std::string datagram(uint8_t logId, const std::string& payload)
-{
-    return std::string(1, static_cast<char>(logId)) + "\x4d\x00\xcd\xec\x28\x00\x15\xcd\x5b\x07"s + payload;
-}
+using akvo::test::recordDatagram;
 
 // The text line and the JSON line of a record with that header.
 std::string lines(int logId, const std::string& text, const std::string& jsonFields)
@@ -51,43 +48,43 @@ TEST_P(Decoding, GivesTheLinesOfARecordOrWhyItIsRefused)
 INSTANTIATE_TEST_SUITE_P(
     Records, Decoding,
     ::testing::Values(
-        std::make_pair(datagram(0, "\x04T\0hello\0"s),
+        std::make_pair(recordDatagram(0, "\x04T\0hello\0"s),
                        lines(0, "I/T: hello",
                              R"("kind":"text","priority":4,"level":"I","tag":"T","message":"hello")")),
-        std::make_pair(datagram(1, "\x06RILJ\0cut"s),
+        std::make_pair(recordDatagram(1, "\x06RILJ\0cut"s),
                        lines(1, "E/RILJ: cut",
                              R"("kind":"text","priority":6,"level":"E","tag":"RILJ","message":"cut")")),
-        std::make_pair(datagram(3, "\x09T\0m\0"s),
+        std::make_pair(recordDatagram(3, "\x09T\0m\0"s),
                        lines(3, "?/T: m",
                              R"("kind":"text","priority":9,"level":"?","tag":"T","message":"m")")),
         std::make_pair(
-            datagram(0, "\x05T\0a\nb\t\x01\"\\ \xe2\x82\xac\0"s),
+            recordDatagram(0, "\x05T\0a\nb\t\x01\"\\ \xe2\x82\xac\0"s),
             lines(0, "W/T: a\\nb\\t\\x01\"\\ \xe2\x82\xac",
                   R"("kind":"text","priority":5,"level":"W","tag":"T","message":"a\nb\t\u0001\"\\ )"
                   "\xe2\x82\xac\"")),
         std::make_pair(
-            datagram(0, "\x07T\0\xff\xe2\x82!\0"s),
+            recordDatagram(0, "\x07T\0\xff\xe2\x82!\0"s),
             lines(0, "F/T: \xff\xe2\x82!",
                   R"("kind":"text","priority":7,"level":"F","tag":"T","message":"\ufffd\ufffd\ufffd!")")),
-        std::make_pair(datagram(2, "\x2a\0\0\0\x01\xaa\xbb"s),
+        std::make_pair(recordDatagram(2, "\x2a\0\0\0\x01\xaa\xbb"s),
                        lines(2, "event 42 (type 1): aabb",
                              R"("kind":"binary","event":42,"type":1,"payload":"aabb")")),
-        std::make_pair(datagram(2, "\xfe\xff\xff\xff"s),
+        std::make_pair(recordDatagram(2, "\xfe\xff\xff\xff"s),
                        lines(2, "event -2:", R"("kind":"binary","event":-2)")),
-        std::make_pair(datagram(2, "\x2a\0\0\0\x02\x03\0\0\0"
-                                   "abc"s),
+        std::make_pair(recordDatagram(2, "\x2a\0\0\0\x02\x03\0\0\0"
+                                         "abc"s),
                        lines(2, "event 42 (string): abc",
                              R"("kind":"string","event":42,"type":2,"message":"abc")")),
         std::make_pair(std::string(10, 'x'),
                        "refused: datagram of 10 bytes, shorter than the 11-byte record header"s),
-        std::make_pair(datagram(0, ""), "refused: text record without a priority byte"s),
-        std::make_pair(datagram(0, "\x04TAG"), "refused: text record without a NUL after the tag"s),
-        std::make_pair(datagram(2, "\x2a\0\0"s),
+        std::make_pair(recordDatagram(0, ""), "refused: text record without a priority byte"s),
+        std::make_pair(recordDatagram(0, "\x04TAG"), "refused: text record without a NUL after the tag"s),
+        std::make_pair(recordDatagram(2, "\x2a\0\0"s),
                        "refused: event record of 3 payload bytes, too short for its event tag"s),
-        std::make_pair(datagram(2, "\x2a\0\0\0\x02\x03\0"s),
+        std::make_pair(recordDatagram(2, "\x2a\0\0\0\x02\x03\0"s),
                        "refused: string event too short for its length field"s),
-        std::make_pair(datagram(2, "\x2a\0\0\0\x02\x02\0\0\0"
-                                   "abc"s),
+        std::make_pair(recordDatagram(2, "\x2a\0\0\0\x02\x02\0\0\0"
+                                         "abc"s),
                        "refused: string event declares 2 bytes but carries 3"s)));
 
 class Brief : public ::testing::TestWithParam<std::pair<std::string, std::string>>
@@ -105,13 +102,13 @@ TEST_P(Brief, PutsTheThreadWhereAndroidPutsTheProcess)
               velmo::kvo::logcat::formatLine(record, velmo::kvo::logcat::LineFormat::Brief));
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, Brief,
-                         ::testing::Values(std::make_pair(datagram(0, "\x04T\0a\nb\0"s), "I/T(77): a\\nb"s),
-                                           std::make_pair(datagram(2, "\x2a\0\0\0\x01\xaa"s),
-                                                          "event 42(77) (type 1): aa"s),
-                                           std::make_pair(datagram(2, "\x2a\0\0\0"s), "event 42(77):"s),
-                                           std::make_pair(datagram(2, "\x2a\0\0\0\x02\x01\0\0\0z"s),
-                                                          "event 42(77) (string): z"s)));
+INSTANTIATE_TEST_SUITE_P(
+    Records, Brief,
+    ::testing::Values(std::make_pair(recordDatagram(0, "\x04T\0a\nb\0"s), "I/T(77): a\\nb"s),
+                      std::make_pair(recordDatagram(2, "\x2a\0\0\0\x01\xaa"s), "event 42(77) (type 1): aa"s),
+                      std::make_pair(recordDatagram(2, "\x2a\0\0\0"s), "event 42(77):"s),
+                      std::make_pair(recordDatagram(2, "\x2a\0\0\0\x02\x01\0\0\0z"s),
+                                     "event 42(77) (string): z"s)));
 
 struct TimeCase
 {

@@ -1,4 +1,5 @@
-#include "SimProtocol.h"
+#include "EngineMessages.h"
+#include "Simulator.h"
 
 #include <gtest/gtest.h>
 
@@ -9,15 +10,10 @@ namespace akvo {
 namespace test {
 namespace {
 
-const std::string notInCall = "The engine is not in a call";
-
-std::string getAudioTsFailure(const std::string& code, const std::string& message)
-{
-    return envelope + "<GetAudioTs_Answer><Result><ErrorCode>" + code + "</ErrorCode><Message>" + message +
-           "</Message></Result><LipSyncNtpTimestamps><capture_timestamp>0</capture_timestamp>"
-           "<rendering_timestamp>0</rendering_timestamp><receiving_timestamp>0</receiving_timestamp>"
-           "<jitter_buffer_depth>0</jitter_buffer_depth></LipSyncNtpTimestamps></GetAudioTs_Answer></AKVO>";
-}
+const std::string notInCall = "<Message>The engine is not in a call</Message>";
+const std::string setAudioDelaySuccess = setAudioDelayAnswer("1000", "<Message/>");
+const std::string delayRefused =
+    setAudioDelayAnswer("1002", "<Message>delay must be 0 to 100 in steps of 20</Message>");
 
 std::string fixedAnswerInVersion(const std::string& version)
 {
@@ -59,8 +55,11 @@ INSTANTIATE_TEST_SUITE_P(
             "delayAccepted", {"--fixed"}, setAudioDelayRequest("100"), framed(setAudioDelaySuccess), 0},
         ExchangeCase{"delayNotAStep", {"--fixed"}, setAudioDelayRequest("30"), framed(delayRefused), 0},
         ExchangeCase{"delayTooLarge", {"--fixed"}, setAudioDelayRequest("120"), framed(delayRefused), 0},
-        ExchangeCase{
-            "idleTimestamps", {"--idle"}, getAudioTsRequest, framed(getAudioTsFailure("1003", notInCall)), 0},
+        ExchangeCase{"idleTimestamps",
+                     {"--idle"},
+                     getAudioTsRequest,
+                     framed(getAudioTsAnswer("1003", notInCall, {"0", "0", "0", "0"})),
+                     0},
         ExchangeCase{"idleDelay",
                      {"--idle"},
                      setAudioDelayRequest("40"),
@@ -76,7 +75,8 @@ INSTANTIATE_TEST_SUITE_P(
         ExchangeCase{"version", fault("version:0.1.1"), getAudioTsRequest,
                      framed(fixedAnswerInVersion("0.1.1")), 0},
         ExchangeCase{"error", fault("error:1001:engine <busy> & cold"), setAudioDelayRequest("100"),
-                     framed(setAudioDelayAnswer("1001", "engine &lt;busy&gt; &amp; cold")), 0},
+                     framed(setAudioDelayAnswer("1001", "<Message>engine &lt;busy&gt; &amp; cold</Message>")),
+                     0},
         ExchangeCase{"garbage", fault("garbage"), getAudioTsRequest,
                      framed("%%% engine garbage: this is not an XML document %%%"), 0},
         ExchangeCase{"delay", fault("delay:200"), getAudioTsRequest, framed(fixedGetAudioTsAnswer), 200}),

@@ -1,5 +1,6 @@
+#include "EngineMessages.h"
 #include "ProgramRun.h"
-#include "SimProtocol.h"
+#include "Simulator.h"
 
 #include <gtest/gtest.h>
 
@@ -73,16 +74,6 @@ TEST(SimCommandLine, RefusesALivePathAndABadFaultFile)
                   "\n");
     expectRefused({"--socket", unusedPath, "--fault-file", faults}, faults + ":3: bad fault");
     EXPECT_EQ(framed(fixedGetAudioTsAnswer), serverReply(live.socketPath(), framed(getAudioTsRequest)));
-    unlink(faults.c_str());
-}
-
-TEST(SimCommandLine, StaleSocketFileIsReplaced)
-{
-    SimulatorProcess dead;
-    dead.stop(SIGKILL);
-    ASSERT_EQ(0, access(dead.socketPath().c_str(), F_OK)) << "a killed server leaves its socket file";
-    SimulatorProcess successor(dead.socketPath(), {"--fixed"});
-    EXPECT_EQ(framed(fixedGetAudioTsAnswer), serverReply(successor.socketPath(), framed(getAudioTsRequest)));
 }
 
 TEST(SimCommandLine, SigtermEndsCleanlyAndRemovesTheSocketFile)

@@ -1,4 +1,5 @@
-#include "SimProtocol.h"
+#include "EngineMessages.h"
+#include "Simulator.h"
 
 #include <gtest/gtest.h>
 

@@ -35,7 +35,8 @@ struct NestedTypeList<Head, Tail...>
 } // namespace detail
 
 // TypeListOf<A, B, C> is TypeList<A, TypeList<B, TypeList<C, TypeNull>>>,
-// written flat.
+// written flat. TypeListOf<> is the end marker itself, which is how the
+// layers above name the end of a list.
 template <class... Types>
 using TypeListOf = typename detail::NestedTypeList<Types...>::type;
 

@@ -30,8 +30,8 @@ struct XmlTraitSerializer<serializer::ResultAnswerTrait<tagVariable>>
     static XmlResult fromXml(const TiXmlNode& element, kvo::cmdfrmwrk::Command::Answer& answer,
                              const char* expectedName)
     {
-        return detail::readFramed(element, expectedName,
-                                  [&] { return kvo::cmdfrmwrk::readAnswerResult(element, answer); });
+        return readFramed(element, expectedName,
+                          [&] { return kvo::cmdfrmwrk::readAnswerResult(element, answer); });
     }
 };
 

@@ -60,8 +60,7 @@ public:
     {
         _line.prepend(name, N - 1);
         if (!_line.empty()) {
-            Logger::Log::template log<velmo::utilities::details::Level::Info>(Logger::tag, "%s",
-                                                                              _line.c_str());
+            Logger::Log::template log<velmo::utilities::Level::Info>(Logger::tag, "%s", _line.c_str());
         }
     }
 

@@ -12,6 +12,9 @@
 namespace velmo {
 namespace utilities {
 
+// "details", not "detail": the level enumeration's name is fixed by the
+// design, the one exception to the one spelling of the internal namespace.
+// Other layers name it Level.
 namespace details {
 struct Level
 {
@@ -21,7 +24,11 @@ struct Level
         Info = 36
     };
 };
+} // namespace details
 
+using Level = details::Level;
+
+namespace detail {
 template <Level::Enum L>
 struct LevelInfo;
 
@@ -38,15 +45,15 @@ struct LevelInfo<Level::Info>
     static constexpr int androidPriority = AKVO_LOG_INFO;
     static constexpr const char* letter = "I";
 };
-} // namespace details
+} // namespace detail
 
 // One line per message, "<letter>/<tag> <message>", written whole.
 struct StdIoLogTrait
 {
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     static void valog(const char* tag, const char* format, va_list args)
     {
-        writeStandardErrorLine(details::LevelInfo<L>::letter, tag, format, args);
+        writeStandardErrorLine(detail::LevelInfo<L>::letter, tag, format, args);
     }
 };
 
@@ -56,10 +63,10 @@ struct AndroidLogTrait;
 template <>
 struct AndroidLogTrait<false>
 {
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     static void valog(const char* tag, const char* format, va_list args)
     {
-        __android_log_vprint(details::LevelInfo<L>::androidPriority, tag, format, args);
+        __android_log_vprint(detail::LevelInfo<L>::androidPriority, tag, format, args);
     }
 };
 
@@ -72,7 +79,7 @@ template <>
 class GenericLog<detail::TypeNull>
 {
 public:
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     static void valog(const char*, const char*, va_list)
     {
     }
@@ -82,7 +89,7 @@ template <class Head, class Tail>
 class GenericLog<TypeList<Head, Tail>>
 {
 public:
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     __attribute__((format(printf, 2, 3))) static void log(const char* tag, const char* format, ...)
     {
         va_list args;
@@ -91,7 +98,7 @@ public:
         va_end(args);
     }
 
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     static void valog(const char* tag, const char* format, va_list args)
     {
         va_list tailArgs;
@@ -101,7 +108,7 @@ public:
         Head::template valog<L>(tag, format, args);
     }
 
-    template <details::Level::Enum L>
+    template <Level::Enum L>
     class Stream
     {
     public:

@@ -16,7 +16,8 @@ bool hasTextChild(const TiXmlNode& parent);
 XmlResult findChildElement(const TiXmlNode& parent, const char* tag, const TiXmlNode*& child);
 
 // Finds the node a value of kind `Trait` is read from: by default the first
-// child element named after the trait's tag.
+// child element named after the trait's tag. The name is fixed by the design
+// and stays in detail; the layers above read a child through readChild.
 template <class Trait>
 struct ChildAccess
 {

@@ -7,7 +7,6 @@
 namespace velmo {
 namespace utilities {
 namespace xmlserializer {
-namespace detail {
 
 // TinyXML recurses once per level of the tree while it parses it and while
 // it destroys it, so a document nested thousands deep overflows the caller's
@@ -26,7 +25,6 @@ constexpr std::size_t mostOpeningBrackets = 256;
 // none.
 bool holdsTooManyOpeningBrackets(const std::string& xml);
 
-} // namespace detail
 } // namespace xmlserializer
 } // namespace utilities
 } // namespace velmo

@@ -9,9 +9,9 @@ namespace velmo {
 namespace utilities {
 namespace xmlserializer {
 namespace detail {
-
 XmlResult checkElementName(const TiXmlNode& element, const char* expectedName);
 void appendWhileDeserializing(XmlResult& result, const char* expectedName);
+} // namespace detail
 
 // The frame around every element reader: the element must carry the expected
 // name, and whatever `readContent` gives is then suffixed with that name, so a
@@ -19,16 +19,15 @@ void appendWhileDeserializing(XmlResult& result, const char* expectedName);
 template <class ReadContent>
 XmlResult readFramed(const TiXmlNode& element, const char* expectedName, ReadContent readContent)
 {
-    XmlResult result = checkElementName(element, expectedName);
+    XmlResult result = detail::checkElementName(element, expectedName);
     if (result.isFailure()) {
         return result;
     }
     result = readContent();
-    appendWhileDeserializing(result, expectedName);
+    detail::appendWhileDeserializing(result, expectedName);
     return result;
 }
 
-} // namespace detail
 } // namespace xmlserializer
 } // namespace utilities
 } // namespace velmo

@@ -22,7 +22,7 @@ template <class Record, class List>
 struct SerializerChildList;
 
 template <class Record>
-struct SerializerChildList<Record, utilities::detail::TypeNull>
+struct SerializerChildList<Record, TypeListOf<>>
 {
     static XmlResult fromXml(const TiXmlNode&, Record&) { return XmlResult::success(); }
 };

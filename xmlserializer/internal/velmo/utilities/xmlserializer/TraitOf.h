@@ -34,7 +34,7 @@ struct TraitOf<Record, TypeList<Head, Tail>>
 };
 
 template <class Record>
-struct TraitOf<Record, utilities::detail::TypeNull>
+struct TraitOf<Record, TypeListOf<>>
 {
     static_assert(sizeof(Record) == 0, "no serialization trait in the list describes this record");
 };

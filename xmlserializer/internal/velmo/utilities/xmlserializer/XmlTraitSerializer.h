@@ -23,7 +23,7 @@ struct XmlTraitSerializer
     static XmlResult fromXml(const TiXmlNode& element, typename Trait::Record& value,
                              const char* expectedName)
     {
-        return detail::readFramed(element, expectedName, [&] {
+        return readFramed(element, expectedName, [&] {
             return detail::SerializerChildList<typename Trait::Record, typename Trait::Children>::fromXml(
                 element, value);
         });
@@ -62,7 +62,7 @@ struct XmlTraitSerializer<serializer::NamedTextTrait<T, tagVariable, allowMissin
 {
     static XmlResult fromXml(const TiXmlNode& element, T& value, const char* expectedName)
     {
-        return detail::readFramed(element, expectedName, [&] { return readText(element, value); });
+        return readFramed(element, expectedName, [&] { return readText(element, value); });
     }
 
 private:
