@@ -4,6 +4,7 @@
 // not be the JVM's modified UTF-8. The methods that use a handle are instance
 // methods: the JNI frame holds the service object, so it cannot become
 // unreachable, and its handle freed, while the call runs.
+#include "JavaErrors.h"
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
 #include <jni.h>
@@ -30,15 +31,9 @@ uint64_t fromJava(jlong value)
     return static_cast<uint64_t>(value);
 }
 
-// No C++ exception may cross into the JVM; a failed allocation becomes the
-// Java error for it, thrown when the native method returns.
 jint throwOutOfMemory(JNIEnv* env)
 {
-    const jclass error = env->FindClass("java/lang/OutOfMemoryError");
-    if (error != nullptr) {
-        env->ThrowNew(error, "No memory for the lip-sync call");
-    }
-    return 0;
+    return velmo::kvo::jni::throwOutOfMemory(env, "No memory for the lip-sync call");
 }
 
 } // namespace
@@ -142,19 +137,7 @@ JNIEXPORT jint JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeSetVideoTi
 // Null, with an OutOfMemoryError pending, when there is no room for the text.
 JNIEXPORT jbyteArray JNICALL Java_velmo_kvo_lipsyncapi_LipSyncService_nativeResultText(JNIEnv* env, jclass)
 {
-    try {
-        std::vector<char> text(akvo_lipsync_result_text(nullptr, 0) + 1);
-        akvo_lipsync_result_text(text.data(), text.size());
-        const jsize length = static_cast<jsize>(text.size() - 1);
-        const jbyteArray bytes = env->NewByteArray(length);
-        if (bytes != nullptr) {
-            env->SetByteArrayRegion(bytes, 0, length, reinterpret_cast<const jbyte*>(text.data()));
-        }
-        return bytes;
-    } catch (const std::bad_alloc&) {
-        throwOutOfMemory(env);
-        return nullptr;
-    }
+    return velmo::kvo::jni::textAsBytes(env, akvo_lipsync_result_text);
 }
 
 } // extern "C"

@@ -3,6 +3,7 @@
 // through the Java runner's engine* methods, which call its LipSyncService:
 // so the runner's calls are the service's, with its deadline and its
 // lifetime checks, and the polling logic stays the library's.
+#include "JavaErrors.h"
 #include "velmo/kvo/lipsyncapi/akvo_lipsync_sync.h"
 
 #include <jni.h>
@@ -16,10 +17,7 @@ namespace {
 
 void throwOutOfMemory(JNIEnv* env)
 {
-    const jclass error = env->FindClass("java/lang/OutOfMemoryError");
-    if (error != nullptr) {
-        env->ThrowNew(error, "No memory for the lip-sync controller");
-    }
+    velmo::kvo::jni::throwOutOfMemory(env, "No memory for the lip-sync controller");
 }
 
 // A failed sync call can only be memory that ran out: the arguments are the binding's own.
@@ -269,19 +267,9 @@ JNIEXPORT jbyteArray JNICALL Java_velmo_kvo_lipsyncapi_SyncRunner_nativeLastFail
                                                                                     jlong runner)
 {
     const akvo_lipsync_sync_runner* native = javaRunnerOf(runner)->runner;
-    try {
-        std::vector<char> text(akvo_lipsync_sync_runner_last_failure(native, nullptr, 0) + 1);
-        akvo_lipsync_sync_runner_last_failure(native, text.data(), text.size());
-        const jsize length = static_cast<jsize>(text.size() - 1);
-        const jbyteArray bytes = env->NewByteArray(length);
-        if (bytes != nullptr) {
-            env->SetByteArrayRegion(bytes, 0, length, reinterpret_cast<const jbyte*>(text.data()));
-        }
-        return bytes;
-    } catch (const std::bad_alloc&) {
-        throwOutOfMemory(env);
-        return nullptr;
-    }
+    return velmo::kvo::jni::textAsBytes(env, [native](char* buffer, size_t size) {
+        return akvo_lipsync_sync_runner_last_failure(native, buffer, size);
+    });
 }
 
 JNIEXPORT void JNICALL Java_velmo_kvo_lipsyncapi_SyncRunner_nativeMarginResponse(JNIEnv* env, jobject,

@@ -1,5 +1,7 @@
 #include "velmo/kvo/sync/MarginLearner.h"
 
+#include "Median.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -7,18 +9,6 @@
 namespace velmo {
 namespace kvo {
 namespace sync {
-
-namespace {
-
-double median(const std::deque<double>& values)
-{
-    std::vector<double> sorted(values.begin(), values.end());
-    std::sort(sorted.begin(), sorted.end());
-    const std::size_t middle = sorted.size() / 2;
-    return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
-}
-
-} // namespace
 
 void MarginLearner::start(long long nowMs, unsigned fromMs, unsigned toMs, double beforeMs,
                           double beforeNoiseMs, bool teaching)
