@@ -22,6 +22,9 @@ find_program(AKVO_HELP2MAN help2man)
 if(NOT AKVO_HELP2MAN)
   message(STATUS "help2man not found: the tools' manual pages are skipped (scripts/setup-deps installs it)")
 else()
+  # help2man writes into the folder but does not make it, and the pages are
+  # made in parallel.
+  file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/man)
   foreach(tool IN LISTS akvo_tools)
     set(page ${CMAKE_BINARY_DIR}/man/${tool}.1)
     set(includes --include=${akvo_tooldocs}/${tool}.h2m)
