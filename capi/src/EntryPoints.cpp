@@ -1,5 +1,6 @@
 #include "velmo/kvo/lipsyncapi/akvo_lipsync.h"
 
+#include "CopiedText.h"
 #include "Deadline.h"
 #include "Handle.h"
 #include "Process.h"
@@ -278,11 +279,7 @@ int32_t akvo_lipsync_set_video_timestamps(akvo_lipsync_service* service,
 
 size_t akvo_lipsync_result_text(char* buffer, size_t size)
 {
-    if (buffer != nullptr && size != 0) {
-        const size_t copied = resultText.copy(buffer, size - 1);
-        buffer[copied] = '\0';
-    }
-    return resultText.size();
+    return velmo::kvo::lipsyncapi::copyText(resultText, buffer, size);
 }
 
 } // extern "C"

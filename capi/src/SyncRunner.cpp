@@ -1,3 +1,4 @@
+#include "CopiedText.h"
 #include "SyncValues.h"
 
 #include <string>
@@ -173,11 +174,8 @@ size_t akvo_lipsync_sync_runner_last_failure(const akvo_lipsync_sync_runner* run
                                              size_t size)
 {
     const std::string none;
-    const std::string& text = runner != nullptr ? runner->loop.lastFailure() : none;
-    if (buffer != nullptr && size != 0) {
-        buffer[text.copy(buffer, size - 1)] = '\0';
-    }
-    return text.size();
+    return velmo::kvo::lipsyncapi::copyText(runner != nullptr ? runner->loop.lastFailure() : none, buffer,
+                                            size);
 }
 
 int32_t akvo_lipsync_sync_runner_margin_response(const akvo_lipsync_sync_runner* runner,
