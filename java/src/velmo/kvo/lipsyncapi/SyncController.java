@@ -12,22 +12,15 @@ package velmo.kvo.lipsyncapi;
  * decision's video delay. Calls on one controller run one after another. {@link #close()} frees the native
  * controller; one that is never closed is freed once it is no longer reachable.
  */
-public final class SyncController implements AutoCloseable
+public final class SyncController extends NativeSyncObject
 {
-    private long handle;
-
-    static { System.loadLibrary("akvolipsyncapi_jni"); }
-
     /**
      * @param pollIntervalMs the interval the application polls at, in ms, to tell gaps from polls
      * @throws IllegalArgumentException when negative or above 2^32 - 1; 0 counts as 1
      */
     public SyncController(long pollIntervalMs)
     {
-        handle = nativeCreate(SyncRunner.checkedInterval(pollIntervalMs));
-        if (handle == 0) {
-            throw new OutOfMemoryError("No memory for a lip-sync controller");
-        }
+        super(nativeCreate(SyncRunner.checkedInterval(pollIntervalMs)), "controller");
     }
 
     /**
@@ -73,42 +66,9 @@ public final class SyncController implements AutoCloseable
      */
     public synchronized void reconnected() { nativeReconnected(open()); }
 
-    /**
-     * @return what the controller has learnt of the engine's response to margin changes
-     * @throws IllegalStateException after {@link #close()}
-     */
-    public synchronized MarginResponse getMarginResponse()
-    {
-        final double[] values = new double[3];
-        nativeMarginResponse(open(), values);
-        return new MarginResponse(values[0], values[1], (long)values[2]);
-    }
+    @Override void destroy(long handle) { nativeDestroy(handle); }
 
-    /** Frees the native controller; closing again does nothing. */
-    @Override public synchronized void close()
-    {
-        nativeDestroy(handle);
-        handle = 0;
-    }
-
-    // Before API level 33 there is no Cleaner, and the releaser thread of the services frees services only:
-    // a controller holds nothing but memory, which the finalizer frees at once.
-    @Override protected void finalize() throws Throwable
-    {
-        try {
-            close();
-        } finally {
-            super.finalize();
-        }
-    }
-
-    private long open()
-    {
-        if (handle == 0) {
-            throw new IllegalStateException("The lip-sync controller is closed");
-        }
-        return handle;
-    }
+    @Override void marginResponse(long handle, double[] values) { nativeMarginResponse(handle, values); }
 
     private static native long nativeCreate(long pollIntervalMs);
 

@@ -19,14 +19,12 @@ import java.util.Objects;
  * #close()} frees the native runner (the service stays as it is); one that is never closed is freed once it
  * is no longer reachable.
  */
-public final class SyncRunner implements AutoCloseable
+public final class SyncRunner extends NativeSyncObject
 {
     /** The code of a call that succeeded, in {@link Report}. */
     public static final int SUCCESS = 1000;
 
     private static final long LONGEST_INTERVAL_MS = 0xFFFFFFFFL;
-
-    static { System.loadLibrary("akvolipsyncapi_jni"); }
 
     /** What one poll did and decided. */
     public static final class Report
@@ -87,7 +85,6 @@ public final class SyncRunner implements AutoCloseable
 
     private final LipSyncService service;
     private final String socketName;
-    private long handle;
 
     /**
      * A runner over {@code service}, connecting to {@link LipSyncService#DEFAULT_SOCKET_NAME}.
@@ -110,12 +107,9 @@ public final class SyncRunner implements AutoCloseable
      */
     public SyncRunner(LipSyncService service, String socketName, long pollIntervalMs)
     {
+        super(nativeCreate(checkedInterval(pollIntervalMs)), "runner");
         this.service = Objects.requireNonNull(service, "service");
         this.socketName = Objects.requireNonNull(socketName, "socketName");
-        handle = nativeCreate(checkedInterval(pollIntervalMs));
-        if (handle == 0) {
-            throw new OutOfMemoryError("No memory for a lip-sync runner");
-        }
     }
 
     /**
@@ -147,34 +141,6 @@ public final class SyncRunner implements AutoCloseable
         return new String(nativeLastFailure(open()), StandardCharsets.UTF_8);
     }
 
-    /**
-     * @return what the runner's controller has learnt of the engine's response to margin changes
-     * @throws IllegalStateException after {@link #close()}
-     */
-    public synchronized MarginResponse getMarginResponse()
-    {
-        final double[] values = new double[3];
-        nativeMarginResponse(open(), values);
-        return new MarginResponse(values[0], values[1], (long)values[2]);
-    }
-
-    /** Frees the native runner; the service stays as it is. Closing again does nothing. */
-    @Override public synchronized void close()
-    {
-        nativeDestroy(handle);
-        handle = 0;
-    }
-
-    // As SyncController's: the runner holds nothing but memory.
-    @Override protected void finalize() throws Throwable
-    {
-        try {
-            close();
-        } finally {
-            super.finalize();
-        }
-    }
-
     static long checkedInterval(long pollIntervalMs)
     {
         if (pollIntervalMs < 0 || pollIntervalMs > LONGEST_INTERVAL_MS) {
@@ -184,13 +150,9 @@ public final class SyncRunner implements AutoCloseable
         return pollIntervalMs;
     }
 
-    private long open()
-    {
-        if (handle == 0) {
-            throw new IllegalStateException("The lip-sync runner is closed");
-        }
-        return handle;
-    }
+    @Override void destroy(long handle) { nativeDestroy(handle); }
+
+    @Override void marginResponse(long handle, double[] values) { nativeMarginResponse(handle, values); }
 
     // The native runner's calls to the engine, made during nativePoll on its thread. A failure's text is the
     // thread's result text, which the service's native call left; an exception other than LipSyncException
