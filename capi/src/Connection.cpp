@@ -2,8 +2,7 @@
 
 #include "ServiceLink.h"
 #include "UnixConnect.h"
-#include "velmo/kvo/lipsyncapi/Logger.h"
-#include "velmo/kvo/log/ApiLog.h"
+#include "velmo/kvo/lipsyncapi/ConnectLine.h"
 
 #include <exception>
 #include <memory>
@@ -52,8 +51,7 @@ Service::ServiceResult Connection::connect(Service& service, const std::string& 
         } else {
             adopt(service, fd);
         }
-        log::ApiLog<Logger> apiLog;
-        apiLog.addInputParam("lipsyncSocketName", socketName).setResult(result).event("Client is connecting");
+        logConnect(socketName, result);
         return result;
     } catch (const std::exception&) {
         return Service::ServiceResult(Service::UnknownError);

@@ -4,6 +4,7 @@
 #include "WithoutExceptions.h"
 #include "velmo/kvo/cmdfrmwrk/Client.h"
 #include "velmo/kvo/comms/Client.h"
+#include "velmo/kvo/lipsyncapi/ConnectLine.h"
 #include "velmo/kvo/lipsyncapi/Logger.h"
 #include "velmo/kvo/log/ApiLog.h"
 
@@ -28,8 +29,7 @@ Service::ServiceResult Service::connect(const std::string& socketName)
 {
     return withoutExceptions([&] {
         const ServiceResult result = connectInternal(socketName);
-        log::ApiLog<Logger> apiLog;
-        apiLog.addInputParam("lipsyncSocketName", socketName).setResult(result).event("Client is connecting");
+        logConnect(socketName, result);
         return result;
     });
 }
